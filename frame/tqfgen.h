@@ -1,0 +1,77 @@
+/* tqfgen: small fixed-length signal transforms (SSE3/SSSE3 build, "v8").
+ *
+ * C-compatible public header. Every exported function is declared here; nothing
+ * else is visible from the shared library. Kernels take (src, dst, flag), never
+ * keep state between calls and never write dst when they return a failure. */
+#ifndef TQFGEN_H
+#define TQFGEN_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(TQFGEN_BUILDING)
+#define TQFAPI __attribute__((visibility("default")))
+#else
+#define TQFAPI
+#endif
+
+typedef float tqf32f;
+typedef double tqf64f;
+typedef struct { tqf32f re, im; } tqf32fc;
+typedef struct { tqf64f re, im; } tqf64fc;
+
+/* Every exported function but the version query returns one of these. */
+typedef int32_t tqfStatus;
+enum {
+    tqfStsNoError     = 0,
+    tqfStsBadPlan     = -5,   /* DCT-IV plan root of an unknown kind */
+    tqfStsBadSize     = -6,   /* length or order outside the accepted range */
+    tqfStsNullPointer = -8,   /* src or dst is null */
+    tqfStsBadFlag     = -16   /* flag is none of the four scale flags */
+};
+
+/* Scale flags: compared for equality, not a bit mask. */
+enum {
+    tqfDivFwdByN  = 1,  /* forward transforms scale by 1/N */
+    tqfDivInvByN  = 2,  /* inverse transforms scale by 1/N */
+    tqfDivBySqrtN = 4,  /* both directions scale by 1/sqrt(N) */
+    tqfNoDivByAny = 8   /* no scaling (a multiplication by 1.0 still happens) */
+};
+
+/* The library's constant version record. */
+typedef struct {
+    int32_t versionMajor;
+    int32_t versionMinor;
+    int32_t buildSeries;
+    int32_t buildNumber;
+    char cpuTag[4];
+    const char* fileName;
+    const char* versionText;
+    const char* buildDate;
+} tqfLibVersion;
+
+/* Always the same pointer to the same constant record; never fails. */
+TQFAPI const tqfLibVersion* tqfgenGetLibVersion(void);
+
+/* ---- Forward complex DFT, fixed lengths: (src, dst, flag) ---------------- */
+#define TQF_DECLARE_CFWD(N) \
+    TQFAPI tqfStatus tqfgDFTFwd_CToC_##N##_32fc(const tqf32fc* src, tqf32fc* dst, int flag); \
+    TQFAPI tqfStatus tqfgDFTFwd_CToC_##N##_64fc(const tqf64fc* src, tqf64fc* dst, int flag);
+TQF_DECLARE_CFWD(2)
+TQF_DECLARE_CFWD(3)
+TQF_DECLARE_CFWD(4)
+TQF_DECLARE_CFWD(5)
+TQF_DECLARE_CFWD(8)
+TQF_DECLARE_CFWD(16)
+TQF_DECLARE_CFWD(32)
+TQF_DECLARE_CFWD(64)
+#undef TQF_DECLARE_CFWD
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* TQFGEN_H */
