@@ -1,0 +1,57 @@
+#include "tree.h"
+
+#include <cctype>
+#include <stdexcept>
+
+namespace tqfcdft {
+namespace {
+
+struct Parser {
+    const std::string& s;
+    size_t i = 0;
+
+    void skip() {
+        while (i < s.size() && s[i] == ' ') ++i;
+    }
+    std::shared_ptr<const Tree> operand() {
+        skip();
+        if (i < s.size() && s[i] == '(') {
+            ++i;
+            auto t = expr();
+            skip();
+            if (i >= s.size() || s[i] != ')') throw std::runtime_error("unbalanced tree: " + s);
+            ++i;
+            return t;
+        }
+        auto leaf = std::make_shared<Tree>();
+        while (i < s.size() && (std::isdigit(static_cast<unsigned char>(s[i])) || s[i] == 'w')) leaf->block += s[i++];
+        if (leaf->block.empty()) throw std::runtime_error("bad tree: " + s);
+        leaf->size = std::stoi(leaf->block);
+        return leaf;
+    }
+    std::shared_ptr<const Tree> expr() {
+        auto left = operand();
+        for (;;) {
+            skip();
+            if (i >= s.size() || (s[i] != 'G' && s[i] != 'T')) return left;
+            auto node = std::make_shared<Tree>();
+            node->op = s[i++];
+            node->left = left;
+            node->right = operand();
+            node->size = node->left->size * node->right->size;
+            left = node;
+        }
+    }
+};
+
+}  // namespace
+
+std::shared_ptr<const Tree> parse_tree(const std::string& text) {
+    Parser p{text};
+    auto t = p.expr();
+    p.skip();
+    if (p.i != text.size()) throw std::runtime_error("trailing text in tree: " + text);
+    return t;
+}
+
+}  // namespace tqfcdft

@@ -1,0 +1,20 @@
+// Factor trees: "A G B" (Good-Thomas), "A T B" (Cooley-Tukey with twiddles),
+// the A-point transforms acting first; brackets nest.
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace tqfcdft {
+
+struct Tree {
+    std::string block;  // leaf: block name ("2", "5w", ...); empty for a node
+    char op = 0;        // 'G' or 'T' for a node
+    std::shared_ptr<const Tree> left, right;
+    int size = 0;
+    bool leaf() const { return op == 0; }
+};
+
+std::shared_ptr<const Tree> parse_tree(const std::string& text);
+
+}  // namespace tqfcdft

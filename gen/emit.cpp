@@ -1,0 +1,275 @@
+#include "emit.h"
+
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+#include "count.h"
+
+namespace tqfgen {
+namespace {
+
+std::string hex_double(double v) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%a", v);
+    return buf;
+}
+
+std::string hex_float(double v) { return hex_double(static_cast<float>(v)) + "f"; }
+
+std::string literal(Ty t, double v) { return is_double(t) ? hex_double(v) : hex_float(v); }
+
+const char* ctype(Ty t) {
+    switch (t) {
+    case Ty::F32: return "float";
+    case Ty::F64: return "double";
+    case Ty::V4F: return "__m128";
+    case Ty::V2D: return "__m128d";
+    }
+    return "?";
+}
+
+std::string var(int id) { return "v" + std::to_string(id); }
+
+class BodyWriter {
+public:
+    BodyWriter(const Kernel& k, std::ostringstream& out) : k_(k), out_(out) {}
+
+    void write() {
+        const std::vector<int> live = live_nodes(k_);
+        // Every load comes before the first store: in-place calls stay correct.
+        for (int id : live)
+            if (is_load(k_.g.node(id).op)) emit(id);
+        for (int id : live)
+            if (!is_load(k_.g.node(id).op)) emit(id);
+        write_stores();
+    }
+
+private:
+    static bool is_load(Op op) {
+        return op == Op::LoadScalar || op == Op::LoadPair || op == Op::LoadPlanar;
+    }
+
+    void line(const std::string& s) { out_ << "    " << s << "\n"; }
+
+    void def(int id, const std::string& expr) {
+        line(std::string("const ") + ctype(k_.g.node(id).ty) + " " + var(id) + " = " + expr + ";");
+    }
+
+    std::string flip_mask(Ty t, unsigned mask) {
+        std::ostringstream m;
+        if (t == Ty::V4F) {
+            m << "_mm_castsi128_ps(_mm_setr_epi32(";
+            for (int l = 0; l < 4; ++l)
+                m << (l ? ", " : "") << ((mask >> l) & 1 ? "(int)0x80000000" : "0");
+            m << "))";
+        } else {
+            m << "_mm_castsi128_pd(_mm_set_epi64x(" << ((mask >> 1) & 1 ? "(long long)0x8000000000000000ULL" : "0")
+              << ", " << (mask & 1 ? "(long long)0x8000000000000000ULL" : "0") << "))";
+        }
+        return m.str();
+    }
+
+    // Loads one pair of complex floats into a register, [re0, im0, re1, im1].
+    std::string planar_half(int i0, int i1) {
+        if (i0 < 0 && i1 < 0) return "_mm_setzero_ps()";
+        if (i0 >= 0 && i1 == i0 + 1)
+            return (i0 % 2 == 0 ? "M::ld(s + " : "M::ld_odd(s + ") + std::to_string(2 * i0) + ")";
+        if (i1 < 0) return "tqfk::ld_lo(s + " + std::to_string(2 * i0) + ")";
+        if (i0 < 0)
+            return "_mm_loadh_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(s + " +
+                   std::to_string(2 * i1) + "))";
+        return "tqfk::ld_lohi(s + " + std::to_string(2 * i0) + ", s + " + std::to_string(2 * i1) + ")";
+    }
+
+    std::string planar_load(const Node& n) {
+        std::ostringstream key;
+        for (int i : n.index) key << i << ',';
+        auto it = planar_loads_.find(key.str());
+        if (it == planar_loads_.end()) {
+            const std::string base = "ld" + std::to_string(planar_loads_.size());
+            line("const __m128 " + base + "a = " + planar_half(n.index[0], n.index[1]) + ";");
+            line("const __m128 " + base + "b = " + planar_half(n.index[2], n.index[3]) + ";");
+            it = planar_loads_.emplace(key.str(), base).first;
+        }
+        const std::string& b = it->second;
+        return "_mm_shuffle_ps(" + b + "a, " + b + "b, " +
+               (n.comp == 0 ? "_MM_SHUFFLE(2, 0, 2, 0)" : "_MM_SHUFFLE(3, 1, 3, 1)") + ")";
+    }
+
+    // A lane gather, written as at most three two-source shuffles.
+    std::string gather(const Node& n) {
+        const int lanes = lane_count(n.ty);
+        const bool dbl = n.ty == Ty::V2D;
+        const std::string zero = dbl ? "_mm_setzero_pd()" : "_mm_setzero_ps()";
+        const std::string mask_t = dbl ? "__v2di" : "__v4si";
+        std::vector<int> srcs;
+        for (const LaneRef& r : n.gather) {
+            const int s = r.node;
+            bool seen = false;
+            for (int x : srcs) seen |= x == s;
+            if (!seen) srcs.push_back(s);
+        }
+        auto name = [&](int s) { return s < 0 ? zero : var(s); };
+        auto shuf = [&](const std::string& a, const std::string& b, const std::vector<int>& m) {
+            std::string r = "__builtin_shuffle(" + a + ", " + b + ", (" + mask_t + "){";
+            for (size_t i = 0; i < m.size(); ++i) r += (i ? ", " : "") + std::to_string(m[i]);
+            return r + "})";
+        };
+        if (srcs.size() <= 2) {
+            const int s0 = srcs[0], s1 = srcs.size() > 1 ? srcs[1] : srcs[0];
+            std::vector<int> m;
+            for (const LaneRef& r : n.gather) m.push_back(r.node == s0 ? r.lane : lanes + r.lane);
+            return shuf(name(s0), name(s1), m);
+        }
+        // Three or four sources: two partial gathers, then one merge.
+        std::vector<int> mp(lanes, 0), mq(lanes, 0), mm(lanes, 0);
+        for (int i = 0; i < lanes; ++i) {
+            const LaneRef& r = n.gather[i];
+            if (r.node == srcs[0] || r.node == srcs[1]) {
+                mp[i] = r.node == srcs[0] ? r.lane : lanes + r.lane;
+                mm[i] = i;
+            } else {
+                mq[i] = r.node == srcs[2] ? r.lane : lanes + r.lane;
+                mm[i] = lanes + i;
+            }
+        }
+        const std::string q1 = srcs.size() > 3 ? name(srcs[3]) : name(srcs[2]);
+        return shuf(shuf(name(srcs[0]), name(srcs[1]), mp), shuf(name(srcs[2]), q1, mq), mm);
+    }
+
+    void emit(int id) {
+        const Node& n = k_.g.node(id);
+        const bool v4 = n.ty == Ty::V4F, v2 = n.ty == Ty::V2D;
+        const std::string A = n.a >= 0 ? var(n.a) : "", B = n.b >= 0 ? var(n.b) : "";
+        switch (n.op) {
+        case Op::LoadScalar:
+            def(id, "s[" + std::to_string(2 * n.index[0] + n.comp) + "]");
+            break;
+        case Op::LoadPair: def(id, "M::ldd(s + " + std::to_string(2 * n.index[0]) + ")"); break;
+        case Op::LoadPlanar: def(id, planar_load(n)); break;
+        case Op::Const:
+            if (v4 || v2) {
+                std::string e = v4 ? "_mm_setr_ps(" : "_mm_setr_pd(";
+                for (size_t l = 0; l < n.cval.size(); ++l) e += (l ? ", " : "") + literal(n.ty, n.cval[l]);
+                def(id, e + ")");
+            } else {
+                def(id, literal(n.ty, n.cval[0]));
+            }
+            break;
+        case Op::Add:
+        case Op::Sub:
+        case Op::Mul: {
+            const char* sym = n.op == Op::Add ? "add" : n.op == Op::Sub ? "sub" : "mul";
+            const char* op = n.op == Op::Add ? " + " : n.op == Op::Sub ? " - " : " * ";
+            if (v4) def(id, std::string("_mm_") + sym + "_ps(" + A + ", " + B + ")");
+            else if (v2) def(id, std::string("_mm_") + sym + "_pd(" + A + ", " + B + ")");
+            else def(id, A + op + B);
+            break;
+        }
+        case Op::AddSub:
+            def(id, std::string(v4 ? "_mm_addsub_ps(" : "_mm_addsub_pd(") + A + ", " + B + ")");
+            break;
+        case Op::Flip:
+            if (v4) def(id, "_mm_xor_ps(" + A + ", " + flip_mask(n.ty, n.flip_mask) + ")");
+            else if (v2) def(id, "_mm_xor_pd(" + A + ", " + flip_mask(n.ty, n.flip_mask) + ")");
+            else def(id, "-" + A);
+            break;
+        case Op::Shuffle: def(id, gather(n)); break;
+        case Op::Widen: def(id, "static_cast<double>(" + A + ")"); break;
+        case Op::Narrow: def(id, "static_cast<float>(" + A + ")"); break;
+        }
+    }
+
+    void write_stores() {
+        switch (k_.form) {
+        case Form::Scalar:
+            for (size_t i = 0; i < k_.scalar_out.size(); ++i)
+                line("d[" + std::to_string(i) + "] = " + var(k_.scalar_out[i].id) + " * scale;");
+            break;
+        case Form::Pair:
+            line("const __m128d sc = _mm_set1_pd(scale);");
+            for (size_t i = 0; i < k_.pair_out.size(); ++i)
+                line("M::std_(d + " + std::to_string(2 * i) + ", _mm_mul_pd(" + var(k_.pair_out[i].id) +
+                     ", sc));");
+            break;
+        case Form::Planar: {
+            line("const __m128 sc = _mm_set1_ps(scale);");
+            int n = 0;
+            for (const PlanarStore& st : k_.planar_out) {
+                const std::string r = "o" + std::to_string(n++);
+                line("const __m128 " + r + "r = _mm_mul_ps(" + var(st.re.id) + ", sc);");
+                line("const __m128 " + r + "i = _mm_mul_ps(" + var(st.im.id) + ", sc);");
+                line("const __m128 " + r + "lo = _mm_unpacklo_ps(" + r + "r, " + r + "i);");
+                line("const __m128 " + r + "hi = _mm_unpackhi_ps(" + r + "r, " + r + "i);");
+                store_half(r + "lo", st.index[0], st.index[1]);
+                store_half(r + "hi", st.index[2], st.index[3]);
+            }
+            break;
+        }
+        }
+    }
+
+    void store_half(const std::string& v, int i0, int i1) {
+        if (i0 >= 0 && i1 == i0 + 1) {
+            line(std::string(i0 % 2 == 0 ? "M::st(d + " : "M::st_odd(d + ") + std::to_string(2 * i0) + ", " + v +
+                 ");");
+            return;
+        }
+        if (i0 >= 0) line("tqfk::st_lo(d + " + std::to_string(2 * i0) + ", " + v + ");");
+        if (i1 >= 0) line("tqfk::st_hi(d + " + std::to_string(2 * i1) + ", " + v + ");");
+    }
+
+    const Kernel& k_;
+    std::ostringstream& out_;
+    std::map<std::string, std::string> planar_loads_;
+};
+
+}  // namespace
+
+bool is_packed(const Kernel& k) { return k.form != Form::Scalar; }
+
+std::string emit_kernel_source(const Kernel& k) {
+    const char* elem = k.double_data ? "double" : "float";
+    const std::string cplx = k.double_data ? "tqf64fc" : "tqf32fc";
+    const Ty st = k.double_data ? Ty::F64 : Ty::F32;
+    const double n = k.length;
+    const std::string one = literal(st, 1.0), inv_n = literal(st, 1.0 / n),
+                      inv_sqrt = literal(st, 1.0 / std::sqrt(n));
+
+    std::ostringstream o;
+    o << "// " << k.name << ": generated by tqfgen_gen from its description; do not edit.\n"
+      << "#include \"tqf_kernel.h\"\n\nnamespace {\n\n"
+      << "template <class M>\nTQF_KERNEL_BODY void body(const " << elem << "* s, " << elem << "* d, " << elem
+      << " scale) {\n";
+    BodyWriter(k, o).write();
+    o << "}\n\n";
+
+    const std::string args = "const " + cplx + "* src, " + cplx + "* dst, int flag";
+    auto checks_and_run = [&](const char* path) {
+        o << "    if (!src || !dst) return tqfStsNullPointer;\n"
+          << "    " << elem << " scale;\n"
+          << "    if (!tqfk::pick_scale<" << elem << ">(flag, " << (k.forward ? "true" : "false") << ", " << one
+          << ", " << inv_n << ", " << inv_sqrt << ", &scale))\n"
+          << "        return tqfStsBadFlag;\n"
+          << "    body<" << path << ">(reinterpret_cast<const " << elem << "*>(src), reinterpret_cast<" << elem
+          << "*>(dst), scale);\n"
+          << "    return tqfStsNoError;\n";
+    };
+    if (is_packed(k)) {
+        o << "__attribute__((noinline)) tqfStatus unaligned_path(" << args << ") {\n";
+        checks_and_run("tqfk::Unaligned");
+        o << "}\n\n";
+    }
+    o << "}  // namespace\n\n"
+      << "extern \"C\" TQFAPI tqfStatus " << k.name << "(" << args << ") {\n";
+    if (is_packed(k)) o << "    if (tqfk::misaligned(src, dst)) return unaligned_path(src, dst, flag);\n";
+    checks_and_run("tqfk::Aligned");
+    o << "}\n";
+    return o.str();
+}
+
+}  // namespace tqfgen

@@ -1,0 +1,95 @@
+// Expression DAG of one kernel.
+//
+// A kernel is built as a graph of loads, constants and arithmetic; structural
+// hashing merges identical nodes, and nothing else is rewritten behind the
+// description's back. A value is referred to by a Handle, which carries a
+// pending negation: a negated value costs nothing until it meets an addition
+// (which turns into a subtraction) or has to be materialised.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tqfgen {
+
+// Register types: scalar float/double, four floats, two doubles.
+enum class Ty : uint8_t { F32, F64, V4F, V2D };
+
+int lane_count(Ty t);
+bool is_double(Ty t);
+
+enum class Op : uint8_t {
+    LoadScalar,  // one component of one complex element
+    LoadPair,    // one complex double element as [re, im]
+    LoadPlanar,  // re or im parts of up to four complex float elements
+    Const,
+    Add,
+    Sub,
+    AddSub,  // [a0 - b0, a1 + b1]
+    Mul,     // data times constant
+    Flip,    // sign-bit flip of selected lanes
+    Shuffle, // lane gather, arithmetic free
+    Widen,   // float -> double, exact
+    Narrow,  // double -> float, rounded once
+};
+
+struct LaneRef {
+    int node = -1;  // -1: a zero lane
+    int lane = 0;
+};
+
+struct Node {
+    Node(Op o, Ty t) : op(o), ty(t) {}
+    Op op;
+    Ty ty;
+    int a = -1, b = -1;           // operands (Mul: b is the constant)
+    std::vector<double> cval;     // Const: one value per lane
+    std::vector<LaneRef> gather;  // Shuffle: one source per lane
+    unsigned flip_mask = 0;       // Flip: lanes negated
+    int index[4] = {-1, -1, -1, -1};  // loads: element indices (LoadScalar/LoadPair: [0])
+    int comp = 0;                 // LoadScalar/LoadPlanar: 0 real part, 1 imaginary part
+    unsigned live = 0;            // lanes that carry data
+};
+
+struct Handle {
+    int id = -1;
+    bool neg = false;
+    Handle operator-() const { return Handle{id, !neg}; }
+    bool valid() const { return id >= 0; }
+};
+
+class Graph {
+public:
+    const Node& node(int id) const { return nodes_[id]; }
+    int size() const { return static_cast<int>(nodes_.size()); }
+
+    Handle load_scalar(Ty t, int element, int comp);
+    Handle load_pair(int element);
+    Handle load_planar(const int (&elements)[4], int comp);
+    // A constant of one value per lane. Unless `keep_sign`, the sign of its
+    // first non-zero lane is moved into the handle so that c*x and -c*x share
+    // one product; lane-signed constants (for addsub) keep theirs.
+    Handle constant(Ty t, const std::vector<double>& lanes, bool keep_sign = false);
+    Handle splat(Ty t, double value);
+
+    Handle add(Handle a, Handle b);
+    Handle sub(Handle a, Handle b) { return add(a, -b); }
+    Handle mul(Handle x, Handle c);
+    Handle addsub(Handle a, Handle b);
+    Handle flip(Handle x, unsigned mask);
+    Handle shuffle(Ty t, const std::vector<std::pair<Handle, int>>& lanes);  // {src, lane}; src.id<0 = zero
+    Handle swap_pair(Handle x);  // [a1, a0] of a two-double vector
+    Handle widen(Handle x);
+    Handle narrow(Handle x);
+    // Turns a pending negation into a real sign flip of the live lanes.
+    Handle materialize(Handle x);
+
+private:
+    int intern(Node n);
+    std::vector<Node> nodes_;
+    std::map<std::string, int> index_;
+};
+
+}  // namespace tqfgen

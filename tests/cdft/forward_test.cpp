@@ -1,0 +1,189 @@
+// Forward complex kernels: results against the direct sum, the scale rule
+// bit for bit, both memory paths, in-place calls, statuses and guards.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "dft_oracle.h"
+#include "guarded.h"
+#include "kernels.h"
+
+namespace {
+
+using namespace tqftest;
+
+template <class T>
+class ComplexForward : public ::testing::Test {
+protected:
+    using C = typename Complex<T>::type;
+    static constexpr long double kTolerance = sizeof(T) == 4 ? 2e-7L : 2e-14L;
+    static constexpr int kFlags[4] = {tqfDivFwdByN, tqfDivInvByN, tqfDivBySqrtN, tqfNoDivByAny};
+
+    static std::vector<T> random_signal(int n, unsigned seed) {
+        std::mt19937 rng(seed);
+        std::uniform_real_distribution<double> u(-1.0, 1.0);
+        std::vector<T> v(2 * n);
+        for (T& x : v) x = static_cast<T>(u(rng));
+        return v;
+    }
+    // The scale a forward kernel must apply, from the flag alone.
+    static T expected_scale(int n, int flag) {
+        switch (flag) {
+        case tqfDivFwdByN: return static_cast<T>(1.0 / n);
+        case tqfDivBySqrtN: return static_cast<T>(1.0 / std::sqrt(static_cast<double>(n)));
+        default: return T(1);
+        }
+    }
+    // Runs a kernel from `in` into a guarded buffer at a byte offset.
+    static std::vector<T> run(const FixedKernel<T>& k, const std::vector<T>& in, int flag, size_t src_off = 0,
+                              size_t dst_off = 0) {
+        const size_t bytes = in.size() * sizeof(T);
+        GuardedBuffer src(bytes, src_off), dst(bytes, dst_off);
+        std::memcpy(src.bytes(), in.data(), bytes);
+        EXPECT_EQ(k.fn(src.as<C>(), dst.as<C>(), flag), tqfStsNoError);
+        EXPECT_TRUE(dst.guards_intact()) << "wrote outside the output";
+        EXPECT_TRUE(src.payload_equals(in.data())) << "changed the input";
+        std::vector<T> out(in.size());
+        std::memcpy(out.data(), dst.bytes(), bytes);
+        return out;
+    }
+    static void expect_same_bits(const std::vector<T>& a, const std::vector<T>& b) {
+        ASSERT_EQ(a.size(), b.size());
+        for (size_t i = 0; i < a.size(); ++i) ASSERT_EQ(bits(a[i]), bits(b[i])) << "element " << i;
+    }
+};
+
+using Precisions = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(ComplexForward, Precisions);
+
+TYPED_TEST(ComplexForward, AgreesWithDirectSumForEveryFlag) {
+    using T = TypeParam;
+    for (const auto& k : forward_kernels<T>()) {
+        SCOPED_TRACE(k.length);
+        for (unsigned seed = 1; seed <= 4; ++seed) {
+            const std::vector<T> x = this->random_signal(k.length, seed);
+            std::vector<cld> xl(k.length);
+            for (int n = 0; n < k.length; ++n) xl[n] = cld(x[2 * n], x[2 * n + 1]);
+            const std::vector<cld> ref = direct_dft(xl, -1);
+            for (int flag : this->kFlags) {
+                const long double exact_scale =
+                    flag == tqfDivFwdByN ? 1.0L / k.length : flag == tqfDivBySqrtN ? 1.0L / sqrtl(k.length) : 1.0L;
+                const std::vector<T> out = this->run(k, x, flag);
+                EXPECT_LE(relative_error(out.data(), ref, exact_scale), this->kTolerance) << "flag " << flag;
+            }
+        }
+    }
+}
+
+TYPED_TEST(ComplexForward, ScaledResultIsUnscaledTimesScaleRoundedOnce) {
+    using T = TypeParam;
+    for (const auto& k : forward_kernels<T>()) {
+        SCOPED_TRACE(k.length);
+        const std::vector<T> x = this->random_signal(k.length, 11);
+        const std::vector<T> plain = this->run(k, x, tqfNoDivByAny);
+        for (int flag : this->kFlags) {
+            const T s = this->expected_scale(k.length, flag);
+            std::vector<T> want(plain.size());
+            for (size_t i = 0; i < plain.size(); ++i) want[i] = plain[i] * s;
+            this->expect_same_bits(this->run(k, x, flag), want);
+        }
+    }
+}
+
+TYPED_TEST(ComplexForward, ImpulseGivesTheScaleExactly) {
+    using T = TypeParam;
+    for (const auto& k : forward_kernels<T>()) {
+        SCOPED_TRACE(k.length);
+        std::vector<T> x(2 * k.length, T(0));
+        x[0] = T(1);
+        for (int flag : this->kFlags) {
+            const T s = this->expected_scale(k.length, flag);
+            const std::vector<T> out = this->run(k, x, flag);
+            for (int i = 0; i < k.length; ++i) {
+                ASSERT_EQ(bits(out[2 * i]), bits(s)) << "bin " << i << " flag " << flag;
+                ASSERT_EQ(out[2 * i + 1], T(0)) << "bin " << i << " flag " << flag;
+            }
+        }
+    }
+}
+
+// The scale constants whose bits the contract names.
+TEST(ComplexForwardScale, NamedSingleScaleBits) {
+    tqf32fc x[3] = {{1, 0}, {0, 0}, {0, 0}}, y[3];
+    ASSERT_EQ(tqfgDFTFwd_CToC_3_32fc(x, y, tqfDivFwdByN), tqfStsNoError);
+    EXPECT_EQ(bits(y[1].re), 0x3EAAAAABu);
+    ASSERT_EQ(tqfgDFTFwd_CToC_3_32fc(x, y, tqfDivBySqrtN), tqfStsNoError);
+    EXPECT_EQ(bits(y[2].re), 0x3F13CD3Au);
+}
+
+TYPED_TEST(ComplexForward, ImpulseAtOneGivesTheRoots) {
+    using T = TypeParam;
+    const long double pi = 3.141592653589793238462643383279502884L;
+    for (const auto& k : forward_kernels<T>()) {
+        SCOPED_TRACE(k.length);
+        std::vector<T> x(2 * k.length, T(0));
+        x[2] = T(1);
+        const std::vector<T> out = this->run(k, x, tqfNoDivByAny);
+        for (int i = 0; i < k.length; ++i) {
+            const long double a = -2 * pi * i / k.length;
+            EXPECT_NEAR(out[2 * i], cosl(a), 4 * this->kTolerance);
+            EXPECT_NEAR(out[2 * i + 1], sinl(a), 4 * this->kTolerance);
+        }
+    }
+}
+
+TYPED_TEST(ComplexForward, MemoryPathsAndInPlaceGiveTheSameBits) {
+    using T = TypeParam;
+    using C = typename Complex<T>::type;
+    for (const auto& k : forward_kernels<T>()) {
+        SCOPED_TRACE(k.length);
+        const std::vector<T> x = this->random_signal(k.length, 23);
+        for (int flag : this->kFlags) {
+            const std::vector<T> ref = this->run(k, x, flag);
+            this->expect_same_bits(this->run(k, x, flag, 8, 0), ref);
+            this->expect_same_bits(this->run(k, x, flag, 0, 8), ref);
+            this->expect_same_bits(this->run(k, x, flag, 8, 8), ref);
+            for (size_t off : {size_t(0), size_t(8)}) {
+                GuardedBuffer buf(x.size() * sizeof(T), off);
+                std::memcpy(buf.bytes(), x.data(), buf.size());
+                ASSERT_EQ(k.fn(buf.as<C>(), buf.as<C>(), flag), tqfStsNoError);
+                EXPECT_TRUE(buf.guards_intact());
+                std::vector<T> out(x.size());
+                std::memcpy(out.data(), buf.bytes(), buf.size());
+                this->expect_same_bits(out, ref);
+            }
+        }
+    }
+}
+
+TYPED_TEST(ComplexForward, StatusesInOrderAndNothingWrittenOnFailure) {
+    using T = TypeParam;
+    using C = typename Complex<T>::type;
+    const int bad_flags[] = {0, 3, 5, 16, -1, 9, 0x7fffffff};
+    for (const auto& k : forward_kernels<T>()) {
+        SCOPED_TRACE(k.length);
+        for (size_t src_off : {size_t(0), size_t(8)}) {
+            for (size_t dst_off : {size_t(0), size_t(8)}) {
+                const size_t bytes = 2 * k.length * sizeof(T);
+                GuardedBuffer src(bytes, src_off), dst(bytes, dst_off);
+                src.fill_pattern(1);
+                dst.fill_pattern(2);
+                std::vector<unsigned char> before(dst.bytes(), dst.bytes() + bytes);
+                auto untouched = [&] { return dst.payload_equals(before.data()) && dst.guards_intact(); };
+                const C* s = src.as<C>();
+                C* d = dst.as<C>();
+                for (int flag : {int(tqfNoDivByAny), 3}) {
+                    EXPECT_EQ(k.fn(nullptr, d, flag), tqfStsNullPointer);
+                    EXPECT_EQ(k.fn(s, nullptr, flag), tqfStsNullPointer);
+                    EXPECT_EQ(k.fn(nullptr, nullptr, flag), tqfStsNullPointer);
+                }
+                for (int flag : bad_flags) EXPECT_EQ(k.fn(s, d, flag), tqfStsBadFlag) << flag;
+                EXPECT_TRUE(untouched());
+            }
+        }
+    }
+}
+
+}  // namespace

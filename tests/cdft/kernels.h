@@ -1,0 +1,37 @@
+// The complex kernels under test, by precision and length.
+#pragma once
+
+#include <vector>
+
+#include "tqfgen.h"
+
+namespace tqftest {
+
+template <class T> struct Complex;
+template <> struct Complex<float> { using type = tqf32fc; };
+template <> struct Complex<double> { using type = tqf64fc; };
+
+template <class T>
+using KernelFn = tqfStatus (*)(const typename Complex<T>::type*, typename Complex<T>::type*, int);
+
+template <class T>
+struct FixedKernel {
+    int length;
+    KernelFn<T> fn;
+};
+
+#define TQF_CFWD_LENGTHS(X) X(2) X(3) X(4) X(5) X(8) X(16) X(32) X(64)
+
+template <class T> std::vector<FixedKernel<T>> forward_kernels();
+template <> inline std::vector<FixedKernel<float>> forward_kernels<float>() {
+#define TQF_ROW(N) {N, tqfgDFTFwd_CToC_##N##_32fc},
+    return {TQF_CFWD_LENGTHS(TQF_ROW)};
+#undef TQF_ROW
+}
+template <> inline std::vector<FixedKernel<double>> forward_kernels<double>() {
+#define TQF_ROW(N) {N, tqfgDFTFwd_CToC_##N##_64fc},
+    return {TQF_CFWD_LENGTHS(TQF_ROW)};
+#undef TQF_ROW
+}
+
+}  // namespace tqftest

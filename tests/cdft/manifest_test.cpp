@@ -1,0 +1,67 @@
+// The generator's own counts of the emitted programs against the tables.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+std::vector<Row> read_csv(const std::string& path) {
+    std::ifstream in(path);
+    std::vector<Row> rows;
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.empty() || line[0] == '#') continue;
+        Row r;
+        std::stringstream ss(line);
+        std::string cell;
+        while (std::getline(ss, cell, ',')) r.push_back(cell);
+        if (!line.empty() && line.back() == ',') r.push_back("");
+        rows.push_back(r);
+    }
+    return rows;
+}
+
+TEST(Manifest, EveryTabledCountMatchesTheEmittedProgram) {
+    const std::vector<Row> manifest = read_csv(TQF_MANIFEST_PATH);
+    const std::vector<Row> expected = read_csv(TQF_EXPECTED_COUNTS_PATH);
+    ASSERT_GT(manifest.size(), 1u) << "manifest missing: " << TQF_MANIFEST_PATH;
+    ASSERT_GT(expected.size(), 1u);
+    const Row& header = manifest[0];
+    ASSERT_EQ(header, expected[0]);
+
+    std::map<std::string, Row> by_key;
+    for (size_t i = 1; i < manifest.size(); ++i)
+        by_key[manifest[i][0] + "," + manifest[i][1] + "," + manifest[i][2]] = manifest[i];
+
+    std::map<std::string, std::pair<int, int>> per_precision;  // matched, total
+    for (size_t i = 1; i < expected.size(); ++i) {
+        const Row& want = expected[i];
+        const std::string key = want[0] + "," + want[1] + "," + want[2];
+        auto& tally = per_precision[want[0] + " " + want[1]];
+        ++tally.second;
+        auto it = by_key.find(key);
+        if (it == by_key.end()) {
+            ADD_FAILURE() << "no kernel " << key << " in the manifest";
+            continue;
+        }
+        bool all = true;
+        for (size_t c = 3; c < want.size(); ++c) {
+            if (want[c].empty()) continue;
+            if (it->second[c] != want[c]) {
+                all = false;
+                ADD_FAILURE() << key << ": " << header[c] << " is " << it->second[c] << ", table says " << want[c];
+            }
+        }
+        tally.first += all;
+    }
+    for (const auto& [what, tally] : per_precision)
+        std::printf("[ manifest ] %s: %d/%d rows match\n", what.c_str(), tally.first, tally.second);
+}
+
+}  // namespace
