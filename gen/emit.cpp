@@ -119,6 +119,18 @@ private:
             for (size_t i = 0; i < m.size(); ++i) r += (i ? ", " : "") + std::to_string(m[i]);
             return r + "})";
         };
+        if (dbl) {  // shufpd picks lane 0 from its first source, lane 1 from its second
+            const LaneRef& l0 = n.gather[0];
+            const LaneRef& l1 = n.gather[1];
+            return "_mm_shuffle_pd(" + name(l0.node) + ", " + name(l1.node) + ", " +
+                   std::to_string(l0.lane | (l1.lane << 1)) + ")";
+        }
+        if (srcs.size() == 2 && n.gather[0].node == srcs[0] && n.gather[1].node == srcs[0] &&
+            n.gather[2].node == srcs[1] && n.gather[3].node == srcs[1]) {
+            // shufps: lanes 0 and 1 from the first source, 2 and 3 from the second
+            const int imm = n.gather[0].lane | n.gather[1].lane << 2 | n.gather[2].lane << 4 | n.gather[3].lane << 6;
+            return "_mm_shuffle_ps(" + name(srcs[0]) + ", " + name(srcs[1]) + ", " + std::to_string(imm) + ")";
+        }
         if (srcs.size() <= 2) {
             const int s0 = srcs[0], s1 = srcs.size() > 1 ? srcs[1] : srcs[0];
             std::vector<int> m;
