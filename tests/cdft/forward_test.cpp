@@ -18,7 +18,10 @@ template <class T>
 class ComplexForward : public ::testing::Test {
 protected:
     using C = typename Complex<T>::type;
-    static constexpr long double kTolerance = sizeof(T) == 4 ? 2e-7L : 2e-14L;
+    // Error bound relative to the largest output: about 2e-7 in single
+    // precision (the scale's own rounding can add a quarter of that), 2e-14
+    // in double; anything larger is a fault.
+    static constexpr long double kTolerance = sizeof(T) == 4 ? 2.5e-7L : 2e-14L;
     static constexpr int kFlags[4] = {tqfDivFwdByN, tqfDivInvByN, tqfDivBySqrtN, tqfNoDivByAny};
 
     static std::vector<T> random_signal(int n, unsigned seed) {

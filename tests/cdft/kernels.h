@@ -20,7 +20,9 @@ struct FixedKernel {
     KernelFn<T> fn;
 };
 
-#define TQF_CFWD_LENGTHS(X) X(2) X(3) X(4) X(5) X(8) X(16) X(32) X(64)
+#define TQF_CFWD_LENGTHS(X) \
+    X(2) X(3) X(4) X(5) X(6) X(8) X(9) X(10) X(12) X(15) X(16) X(18) X(20) X(24) X(25) X(27) X(30) X(32) \
+    X(36) X(40) X(45) X(48) X(50) X(54) X(60) X(64)
 
 template <class T> std::vector<FixedKernel<T>> forward_kernels();
 template <> inline std::vector<FixedKernel<float>> forward_kernels<float>() {

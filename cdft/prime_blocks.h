@@ -1,0 +1,16 @@
+// Prime blocks used inside composite trees (7 and 11 in the symmetric direct
+// form, 13 to 31 by Rader's algorithm in the real-lane form), for both the
+// four-lane float and the two-lane double algebra.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "algebra.h"
+
+namespace tqfcdft {
+
+std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
+std::vector<tqfgen::Handle> prime_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir);
+
+}  // namespace tqfcdft
