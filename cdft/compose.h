@@ -3,6 +3,8 @@
 // uniform over the lanes (so their special forms apply).
 #pragma once
 
+#include <string>
+
 #include "algebra.h"
 #include "blocks.h"
 #include "tree.h"
@@ -18,9 +20,44 @@ inline int gt_output(int k1, int k2, int A, int B) {
     return -1;
 }
 
+// A twiddle column w^b (w = exp(dir 2 pi i k1 / N)) in front of a B-point
+// transform costs nothing when w is plus or minus a B-th root of unity: the
+// transform of the (sign-alternated) column, read from a rotated bin. Eighth
+// turns keep their own special forms.
+struct FreeColumn {
+    bool free = false;
+    bool alternate = false;  // w^B = -1: odd rows change sign
+    int shift = 0;           // bin k2 is read from bin (k2 + shift) mod B
+};
+
+inline FreeColumn free_column(int k1, int N, int B) {
+    FreeColumn f;
+    if (k1 == 0 || (8L * k1) % N == 0) return f;
+    if ((static_cast<long>(B) * k1) % N == 0) {
+        f.free = true;
+        f.shift = static_cast<int>((static_cast<long>(B) * k1 / N) % B);
+    } else if ((2L * B * k1) % N == 0 && B % 2 == 1) {
+        const int j = static_cast<int>(2L * B * k1 / N);
+        f.free = f.alternate = true;
+        f.shift = ((j + B) / 2) % B;
+    }
+    return f;
+}
+
+// A leaf named with a trailing 'v' ("5v", "7v") is a stage of blocks in two
+// forms: the block fed by the first stage's zero bins, whose inputs are
+// ready earliest, takes the variant with fewer multiplications and one more
+// level ("5w"; "7r", Rader), the others the direct form.
+inline std::string stage_block(const std::string& name, int instance) {
+    if (name.empty() || name.back() != 'v') return name;
+    const std::string base = name.substr(0, name.size() - 1);
+    if (instance != 0) return base;
+    return base == "5" ? "5w" : base + "r";
+}
+
 template <class A>
-Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir) {
-    if (t.leaf()) return block(a, t.block, x, dir);
+Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance = 0) {
+    if (t.leaf()) return block(a, stage_block(t.block, instance), x, dir);
     const int NA = t.left->size, NB = t.right->size, N = t.size;
     const bool gt = t.op == 'G';
     std::vector<Vec<A>> Y(NB);
@@ -30,14 +67,16 @@ Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir) {
         Y[b] = eval_tree(a, *t.left, in, dir);
         if (!gt)
             for (int k1 = 0; k1 < NA; ++k1)
-                Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
+                if (!free_column(k1, N, NB).free)
+                    Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
     }
     Vec<A> X(N);
     for (int k1 = 0; k1 < NA; ++k1) {
+        const FreeColumn f = gt ? FreeColumn{} : free_column(k1, N, NB);
         Vec<A> in;
-        for (int b = 0; b < NB; ++b) in.push_back(Y[b][k1]);
-        const Vec<A> Z = eval_tree(a, *t.right, in, dir);
-        for (int k2 = 0; k2 < NB; ++k2) X[gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[k2];
+        for (int b = 0; b < NB; ++b) in.push_back(f.alternate && b % 2 ? a.neg(Y[b][k1]) : Y[b][k1]);
+        const Vec<A> Z = eval_tree(a, *t.right, in, dir, k1);
+        for (int k2 = 0; k2 < NB; ++k2) X[gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[(k2 + f.shift) % NB];
     }
     return X;
 }

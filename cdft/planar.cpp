@@ -34,9 +34,10 @@ Cx gather(Graph& g, const std::vector<LaneSlot>& slots) {
     return {g.shuffle(Ty::V4F, re), g.shuffle(Ty::V4F, im)};
 }
 
-// Full complex multiplication on all lanes, trivial lanes included.
+// Full complex multiplication on all lanes, trivial lanes included; lanes
+// beyond the last block are multiplied by zero, which clears them.
 Cx lane_twiddle(Graph& g, Cx x, const std::vector<Root>& w) {
-    std::vector<double> wr(4, 1.0), wi(4, 0.0);
+    std::vector<double> wr(4, 0.0), wi(4, 0.0);
     for (size_t l = 0; l < w.size(); ++l) {
         wr[l] = static_cast<double>(w[l].real());
         wi[l] = static_cast<double>(w[l].imag());
@@ -85,7 +86,16 @@ void build_planar(tqfgen::Kernel& k, const std::string& tree_text, int dir) {
                 all_one &= w.back() == Root(1, 0);
             }
             Cx v = gather(g, slots);
-            if (!gt && !all_one) v = lane_twiddle(g, v, w);
+            if (!gt && !all_one) {
+                v = lane_twiddle(g, v, w);
+            } else if (!gt && lanes < 4) {
+                // The untwiddled row of a partial register is cleared beyond
+                // its last block by a multiplication with 1.0 and 0.0.
+                std::vector<double> mask(4, 0.0);
+                for (int l = 0; l < lanes; ++l) mask[l] = 1.0;
+                const Handle m = g.constant(Ty::V4F, mask);
+                v = {g.mul(v.re, m), g.mul(v.im, m)};
+            }
             in.push_back(v);
         }
         const std::vector<Cx> Z = eval_tree(alg, *tree->right, in, dir);

@@ -31,11 +31,11 @@ TEST(Manifest, EveryTabledCountMatchesTheEmittedProgram) {
     const std::vector<Row> manifest = read_csv(TQF_MANIFEST_PATH);
     ASSERT_GT(manifest.size(), 1u) << "manifest missing: " << TQF_MANIFEST_PATH;
     const Row& header = manifest[0];
-    // The expected counts come in several files, each with the same header.
+    // The expected counts come in several files ('|'-separated), each with the same header.
     std::vector<Row> expected{header};
     std::stringstream files(TQF_EXPECTED_COUNTS_FILES);
     std::string path;
-    while (std::getline(files, path, ';')) {
+    while (std::getline(files, path, '|')) {
         const std::vector<Row> rows = read_csv(path);
         ASSERT_GT(rows.size(), 1u) << path;
         ASSERT_EQ(rows[0], header) << path;
@@ -45,6 +45,12 @@ TEST(Manifest, EveryTabledCountMatchesTheEmittedProgram) {
     std::map<std::string, Row> by_key;
     for (size_t i = 1; i < manifest.size(); ++i)
         by_key[manifest[i][0] + "," + manifest[i][1] + "," + manifest[i][2]] = manifest[i];
+
+    // Cells known not to match, each with the reason; they are reported, not
+    // failed, and a listed cell that matches after all is a failure.
+    std::map<std::string, std::string> known;  // "family,precision,length,column" -> reason
+    for (const Row& r : read_csv(TQF_COUNT_MISMATCHES_PATH))
+        if (r.size() >= 5 && r[0] != "family") known[r[0] + "," + r[1] + "," + r[2] + "," + r[3]] = r[4];
 
     std::map<std::string, std::pair<int, int>> per_precision;  // matched, total
     for (size_t i = 1; i < expected.size(); ++i) {
@@ -60,9 +66,16 @@ TEST(Manifest, EveryTabledCountMatchesTheEmittedProgram) {
         bool all = true;
         for (size_t c = 3; c < want.size(); ++c) {
             if (want[c].empty()) continue;
+            auto listed = known.find(key + "," + header[c]);
             if (it->second[c] != want[c]) {
                 all = false;
-                ADD_FAILURE() << key << ": " << header[c] << " is " << it->second[c] << ", table says " << want[c];
+                if (listed == known.end())
+                    ADD_FAILURE() << key << ": " << header[c] << " is " << it->second[c] << ", table says " << want[c];
+                else
+                    std::printf("[ mismatch ] %s %s: %s, table %s (%s)\n", key.c_str(), header[c].c_str(),
+                                it->second[c].c_str(), want[c].c_str(), listed->second.c_str());
+            } else if (listed != known.end()) {
+                ADD_FAILURE() << key << ": " << header[c] << " matches now; remove it from the known mismatches";
             }
         }
         tally.first += all;
