@@ -95,13 +95,14 @@ void build_pair(tqfgen::Kernel& k, int dir) {
 
 void build_complex_kernel(tqfgen::Kernel& k, const std::string& family, const std::string& precision,
                           int length) {
-    if (family != "cfwd") throw std::runtime_error("unknown complex family " + family);
-    const int dir = -1;
+    // The inverse family is the forward description with the roots conjugated.
+    if (family != "cfwd" && family != "cinv") throw std::runtime_error("unknown complex family " + family);
+    k.forward = family == "cfwd";
+    const int dir = k.forward ? -1 : +1;
     k.family = family;
     k.precision = precision;
     k.length = length;
-    k.forward = true;
-    k.name = "tqfgDFTFwd_CToC_" + std::to_string(length) + "_" + precision;
+    k.name = std::string(k.forward ? "tqfgDFTFwd" : "tqfgDFTInv") + "_CToC_" + std::to_string(length) + "_" + precision;
     if (precision != "32fc" && precision != "64fc") throw std::runtime_error("unknown precision " + precision);
     k.double_data = precision == "64fc";
     if (length >= 7 && is_prime(length)) {

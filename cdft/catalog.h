@@ -7,7 +7,7 @@
 
 namespace tqfcdft {
 
-// Builds the graph of a forward ("cfwd") complex kernel of a given
+// Builds the graph of a forward ("cfwd") or inverse ("cinv") complex kernel of a given
 // precision ("32fc"/"64fc") and length; throws if none is described.
 void build_complex_kernel(tqfgen::Kernel& k, const std::string& family, const std::string& precision,
                           int length);

@@ -24,16 +24,18 @@ struct FixedKernel {
     X(2) X(3) X(4) X(5) X(6) X(8) X(9) X(10) X(12) X(15) X(16) X(18) X(20) X(24) X(25) X(27) X(30) X(32) \
     X(36) X(40) X(45) X(48) X(50) X(54) X(60) X(64)
 
-template <class T> std::vector<FixedKernel<T>> forward_kernels();
-template <> inline std::vector<FixedKernel<float>> forward_kernels<float>() {
-#define TQF_ROW(N) {N, tqfgDFTFwd_CToC_##N##_32fc},
+// Forward (-1) and inverse (+1) kernels of every built length.
+template <class T> std::vector<FixedKernel<T>> complex_kernels(int sign);
+template <> inline std::vector<FixedKernel<float>> complex_kernels<float>(int sign) {
+#define TQF_ROW(N) {N, sign < 0 ? tqfgDFTFwd_CToC_##N##_32fc : tqfgDFTInv_CToC_##N##_32fc},
     return {TQF_CFWD_LENGTHS(TQF_ROW)};
 #undef TQF_ROW
 }
-template <> inline std::vector<FixedKernel<double>> forward_kernels<double>() {
-#define TQF_ROW(N) {N, tqfgDFTFwd_CToC_##N##_64fc},
+template <> inline std::vector<FixedKernel<double>> complex_kernels<double>(int sign) {
+#define TQF_ROW(N) {N, sign < 0 ? tqfgDFTFwd_CToC_##N##_64fc : tqfgDFTInv_CToC_##N##_64fc},
     return {TQF_CFWD_LENGTHS(TQF_ROW)};
 #undef TQF_ROW
 }
+template <class T> std::vector<FixedKernel<T>> forward_kernels() { return complex_kernels<T>(-1); }
 
 }  // namespace tqftest

@@ -85,3 +85,29 @@ TEST(Manifest, EveryTabledCountMatchesTheEmittedProgram) {
 }
 
 }  // namespace
+
+namespace {
+
+// The inverse family is the forward description with conjugated roots: the
+// same tree, lanes and operations, so the same counts row for row (the
+// single-precision Bluestein pair keeps its own chirp, hence more constants).
+TEST(Manifest, InverseCountsEqualForward) {
+    const std::vector<Row> manifest = read_csv(TQF_MANIFEST_PATH);
+    std::map<std::string, Row> fwd;
+    for (const Row& r : manifest)
+        if (r[0] == "cfwd") fwd[r[1] + "," + r[2]] = r;
+    int compared = 0;
+    for (const Row& r : manifest) {
+        if (r[0] != "cinv") continue;
+        const std::string key = r[1] + "," + r[2];
+        auto it = fwd.find(key);
+        ASSERT_NE(it, fwd.end()) << "inverse without forward kernel: " << key;
+        const bool bluestein = r[1] == "32fc" && (r[2] == "47" || r[2] == "59");
+        const size_t last = bluestein ? 8 : 9;  // constants column excluded for the Bluestein pair
+        for (size_t c = 3; c < last; ++c) EXPECT_EQ(r[c], it->second[c]) << key << " column " << manifest[0][c];
+        ++compared;
+    }
+    EXPECT_EQ(compared, static_cast<int>(fwd.size()));
+}
+
+}  // namespace

@@ -1,5 +1,6 @@
-// Forward complex kernels: results against the direct sum, the scale rule
-// bit for bit, both memory paths, in-place calls, statuses and guards.
+// Complex kernels, forward and inverse: results against the direct sum, the
+// scale rule bit for bit, both memory paths, in-place calls, statuses and
+// guards.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -14,10 +15,19 @@ namespace {
 
 using namespace tqftest;
 
-template <class T>
-class ComplexForward : public ::testing::Test {
+template <class T, int Sign>
+struct Family {
+    using type = T;
+    static constexpr int sign = Sign;  // exponent sign: -1 forward, +1 inverse
+};
+
+template <class F>
+class ComplexKernels : public ::testing::Test {
 protected:
+    using T = typename F::type;
     using C = typename Complex<T>::type;
+    static constexpr int kSign = F::sign;
+    static std::vector<FixedKernel<T>> kernels() { return complex_kernels<T>(kSign); }
     // Error bound relative to the largest output: about 2e-7 in single
     // precision (the scale's own rounding can add a quarter of that), 2e-14
     // in double; anything larger is a fault.
@@ -31,10 +41,12 @@ protected:
         for (T& x : v) x = static_cast<T>(u(rng));
         return v;
     }
-    // The scale a forward kernel must apply, from the flag alone.
+    // The scale a kernel must apply, from the flag alone: each direction
+    // divides by N for its own flag.
     static T expected_scale(int n, int flag) {
         switch (flag) {
-        case tqfDivFwdByN: return static_cast<T>(1.0 / n);
+        case tqfDivFwdByN: return kSign < 0 ? static_cast<T>(1.0 / n) : T(1);
+        case tqfDivInvByN: return kSign > 0 ? static_cast<T>(1.0 / n) : T(1);
         case tqfDivBySqrtN: return static_cast<T>(1.0 / std::sqrt(static_cast<double>(n)));
         default: return T(1);
         }
@@ -58,21 +70,22 @@ protected:
     }
 };
 
-using Precisions = ::testing::Types<float, double>;
-TYPED_TEST_SUITE(ComplexForward, Precisions);
+using Families = ::testing::Types<Family<float, -1>, Family<double, -1>, Family<float, 1>, Family<double, 1>>;
+TYPED_TEST_SUITE(ComplexKernels, Families);
 
-TYPED_TEST(ComplexForward, AgreesWithDirectSumForEveryFlag) {
-    using T = TypeParam;
-    for (const auto& k : forward_kernels<T>()) {
+TYPED_TEST(ComplexKernels, AgreesWithDirectSumForEveryFlag) {
+    using T = typename TestFixture::T;
+    for (const auto& k : this->kernels()) {
         SCOPED_TRACE(k.length);
         for (unsigned seed = 1; seed <= 4; ++seed) {
             const std::vector<T> x = this->random_signal(k.length, seed);
             std::vector<cld> xl(k.length);
             for (int n = 0; n < k.length; ++n) xl[n] = cld(x[2 * n], x[2 * n + 1]);
-            const std::vector<cld> ref = direct_dft(xl, -1);
+            const std::vector<cld> ref = direct_dft(xl, this->kSign);
             for (int flag : this->kFlags) {
+                const bool by_n = flag == (this->kSign < 0 ? tqfDivFwdByN : tqfDivInvByN);
                 const long double exact_scale =
-                    flag == tqfDivFwdByN ? 1.0L / k.length : flag == tqfDivBySqrtN ? 1.0L / sqrtl(k.length) : 1.0L;
+                    by_n ? 1.0L / k.length : flag == tqfDivBySqrtN ? 1.0L / sqrtl(k.length) : 1.0L;
                 const std::vector<T> out = this->run(k, x, flag);
                 EXPECT_LE(relative_error(out.data(), ref, exact_scale), this->kTolerance) << "flag " << flag;
             }
@@ -80,9 +93,9 @@ TYPED_TEST(ComplexForward, AgreesWithDirectSumForEveryFlag) {
     }
 }
 
-TYPED_TEST(ComplexForward, ScaledResultIsUnscaledTimesScaleRoundedOnce) {
-    using T = TypeParam;
-    for (const auto& k : forward_kernels<T>()) {
+TYPED_TEST(ComplexKernels, ScaledResultIsUnscaledTimesScaleRoundedOnce) {
+    using T = typename TestFixture::T;
+    for (const auto& k : this->kernels()) {
         SCOPED_TRACE(k.length);
         const std::vector<T> x = this->random_signal(k.length, 11);
         const std::vector<T> plain = this->run(k, x, tqfNoDivByAny);
@@ -95,9 +108,9 @@ TYPED_TEST(ComplexForward, ScaledResultIsUnscaledTimesScaleRoundedOnce) {
     }
 }
 
-TYPED_TEST(ComplexForward, ImpulseGivesTheScaleExactly) {
-    using T = TypeParam;
-    for (const auto& k : forward_kernels<T>()) {
+TYPED_TEST(ComplexKernels, ImpulseGivesTheScaleExactly) {
+    using T = typename TestFixture::T;
+    for (const auto& k : this->kernels()) {
         SCOPED_TRACE(k.length);
         std::vector<T> x(2 * k.length, T(0));
         x[0] = T(1);
@@ -121,26 +134,26 @@ TEST(ComplexForwardScale, NamedSingleScaleBits) {
     EXPECT_EQ(bits(y[2].re), 0x3F13CD3Au);
 }
 
-TYPED_TEST(ComplexForward, ImpulseAtOneGivesTheRoots) {
-    using T = TypeParam;
+TYPED_TEST(ComplexKernels, ImpulseAtOneGivesTheRoots) {
+    using T = typename TestFixture::T;
     const long double pi = 3.141592653589793238462643383279502884L;
-    for (const auto& k : forward_kernels<T>()) {
+    for (const auto& k : this->kernels()) {
         SCOPED_TRACE(k.length);
         std::vector<T> x(2 * k.length, T(0));
         x[2] = T(1);
         const std::vector<T> out = this->run(k, x, tqfNoDivByAny);
         for (int i = 0; i < k.length; ++i) {
-            const long double a = -2 * pi * i / k.length;
+            const long double a = this->kSign * 2 * pi * i / k.length;
             EXPECT_NEAR(out[2 * i], cosl(a), 4 * this->kTolerance);
             EXPECT_NEAR(out[2 * i + 1], sinl(a), 4 * this->kTolerance);
         }
     }
 }
 
-TYPED_TEST(ComplexForward, MemoryPathsAndInPlaceGiveTheSameBits) {
-    using T = TypeParam;
+TYPED_TEST(ComplexKernels, MemoryPathsAndInPlaceGiveTheSameBits) {
+    using T = typename TestFixture::T;
     using C = typename Complex<T>::type;
-    for (const auto& k : forward_kernels<T>()) {
+    for (const auto& k : this->kernels()) {
         SCOPED_TRACE(k.length);
         const std::vector<T> x = this->random_signal(k.length, 23);
         for (int flag : this->kFlags) {
@@ -161,11 +174,11 @@ TYPED_TEST(ComplexForward, MemoryPathsAndInPlaceGiveTheSameBits) {
     }
 }
 
-TYPED_TEST(ComplexForward, StatusesInOrderAndNothingWrittenOnFailure) {
-    using T = TypeParam;
+TYPED_TEST(ComplexKernels, StatusesInOrderAndNothingWrittenOnFailure) {
+    using T = typename TestFixture::T;
     using C = typename Complex<T>::type;
     const int bad_flags[] = {0, 3, 5, 16, -1, 9, 0x7fffffff};
-    for (const auto& k : forward_kernels<T>()) {
+    for (const auto& k : this->kernels()) {
         SCOPED_TRACE(k.length);
         for (size_t src_off : {size_t(0), size_t(8)}) {
             for (size_t dst_off : {size_t(0), size_t(8)}) {
