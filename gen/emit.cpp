@@ -1,5 +1,6 @@
 #include "emit.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -40,12 +41,37 @@ public:
 
     void write() {
         const std::vector<int> live = live_nodes(k_);
-        // Every load comes before the first store: in-place calls stay correct.
-        for (int id : live)
-            if (is_load(k_.g.node(id).op)) emit(id);
-        for (int id : live)
-            if (!is_load(k_.g.node(id).op)) emit(id);
-        write_stores();
+        for (int id : live) loads_left_ += is_load(k_.g.node(id).op);
+        // Loads are emitted where first needed and each output is stored as
+        // soon as it is ready, but never before the last load: every input is
+        // read before the first store, so in-place calls stay correct.
+        write_scale();
+        std::vector<std::vector<int>> outputs_of(k_.g.size());
+        const std::vector<int> outs = output_list();
+        for (size_t i = 0; i < outs.size(); ++i) outputs_of[outs[i]].push_back(static_cast<int>(i));
+        std::vector<char> done(k_.g.size(), 0);
+        std::vector<int> ready;
+        auto define = [&](int id) {
+            if (done[id]) return;
+            done[id] = 1;
+            emit(id);
+            if (is_load(k_.g.node(id).op)) --loads_left_;
+            for (int o : outputs_of[id]) ready.push_back(o);
+            if (loads_left_ == 0) {
+                for (int o : ready) write_store(o);
+                ready.clear();
+            }
+        };
+        for (int id : live) {
+            const Node& n = k_.g.node(id);
+            if (is_load(n.op)) continue;
+            for (int dep : {n.a, n.b})
+                if (dep >= 0 && is_load(k_.g.node(dep).op)) define(dep);
+            for (const LaneRef& r : n.gather)
+                if (r.node >= 0 && is_load(k_.g.node(r.node).op)) define(r.node);
+            define(id);
+        }
+        for (int id : live) define(id);  // loads that feed outputs directly
     }
 
 private:
@@ -196,30 +222,38 @@ private:
         }
     }
 
-    void write_stores() {
+    // Output units in store order: scalars, pair registers or planar stores.
+    std::vector<int> output_list() const {
+        std::vector<int> ids;
+        for (const Handle& h : k_.scalar_out) ids.push_back(h.id);
+        for (const Handle& h : k_.pair_out) ids.push_back(h.id);
+        for (const PlanarStore& st : k_.planar_out) ids.push_back(std::max(st.re.id, st.im.id));
+        return ids;
+    }
+
+    void write_scale() {
+        if (k_.form == Form::Pair) line("const __m128d sc = _mm_set1_pd(scale);");
+        if (k_.form == Form::Planar) line("const __m128 sc = _mm_set1_ps(scale);");
+    }
+
+    // The one scale multiplication of an output, then its store.
+    void write_store(int i) {
         switch (k_.form) {
         case Form::Scalar:
-            for (size_t i = 0; i < k_.scalar_out.size(); ++i)
-                line("d[" + std::to_string(i) + "] = " + var(k_.scalar_out[i].id) + " * scale;");
+            line("d[" + std::to_string(i) + "] = " + var(k_.scalar_out[i].id) + " * scale;");
             break;
         case Form::Pair:
-            line("const __m128d sc = _mm_set1_pd(scale);");
-            for (size_t i = 0; i < k_.pair_out.size(); ++i)
-                line("M::std_(d + " + std::to_string(2 * i) + ", _mm_mul_pd(" + var(k_.pair_out[i].id) +
-                     ", sc));");
+            line("M::std_(d + " + std::to_string(2 * i) + ", _mm_mul_pd(" + var(k_.pair_out[i].id) + ", sc));");
             break;
         case Form::Planar: {
-            line("const __m128 sc = _mm_set1_ps(scale);");
-            int n = 0;
-            for (const PlanarStore& st : k_.planar_out) {
-                const std::string r = "o" + std::to_string(n++);
-                line("const __m128 " + r + "r = _mm_mul_ps(" + var(st.re.id) + ", sc);");
-                line("const __m128 " + r + "i = _mm_mul_ps(" + var(st.im.id) + ", sc);");
-                line("const __m128 " + r + "lo = _mm_unpacklo_ps(" + r + "r, " + r + "i);");
-                line("const __m128 " + r + "hi = _mm_unpackhi_ps(" + r + "r, " + r + "i);");
-                store_half(r + "lo", st.index[0], st.index[1]);
-                store_half(r + "hi", st.index[2], st.index[3]);
-            }
+            const PlanarStore& st = k_.planar_out[i];
+            const std::string r = "o" + std::to_string(i);
+            line("const __m128 " + r + "r = _mm_mul_ps(" + var(st.re.id) + ", sc);");
+            line("const __m128 " + r + "i = _mm_mul_ps(" + var(st.im.id) + ", sc);");
+            line("const __m128 " + r + "lo = _mm_unpacklo_ps(" + r + "r, " + r + "i);");
+            line("const __m128 " + r + "hi = _mm_unpackhi_ps(" + r + "r, " + r + "i);");
+            store_half(r + "lo", st.index[0], st.index[1]);
+            store_half(r + "hi", st.index[2], st.index[3]);
             break;
         }
         }
@@ -238,6 +272,7 @@ private:
     const Kernel& k_;
     std::ostringstream& out_;
     std::map<std::string, std::string> planar_loads_;
+    int loads_left_ = 0;
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "graph.h"
 
+#include <algorithm>
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
@@ -177,7 +178,45 @@ Handle Graph::shuffle(Ty t, const std::vector<std::pair<Handle, int>>& lanes) {
         n.gather.push_back(r);
     }
     if (identity && first >= 0 && nodes_[first].ty == t) return Handle{first, all_neg};
+    if (t == Ty::V4F) {
+        // More than two sources: two-source pairs first, as shared nodes, so
+        // that a 4x4 transposition costs eight shuffles, not twelve.
+        std::vector<int> srcs;
+        for (const LaneRef& r : n.gather)
+            if (std::find(srcs.begin(), srcs.end(), r.node) == srcs.end()) srcs.push_back(r.node);
+        if (srcs.size() > 2) return Handle{split_gather(n), all_neg};
+    }
     return Handle{intern(n), all_neg};
+}
+
+// [a, b, c, d] from lanes of up to four registers: lanes 0-1 and lanes 2-3
+// each come from one two-register node, then one shufps joins them. When
+// both halves read the same lane pair of their sources (a transposition),
+// the two-register nodes are the unpack of that pair and are shared.
+int Graph::split_gather(const Node& n) {
+    auto pair_node = [&](LaneRef x, LaneRef y, int& lx, int& ly) {
+        Node p(Op::Shuffle, Ty::V4F);
+        if (x.lane / 2 == y.lane / 2 && x.node != y.node) {
+            const int h = 2 * (x.lane / 2);  // unpack lo/hi: [X h, Y h, X h+1, Y h+1]
+            p.gather = {{x.node, h}, {y.node, h}, {x.node, h + 1}, {y.node, h + 1}};
+            lx = x.lane % 2 == 0 ? 0 : 2;
+            ly = y.lane % 2 == 0 ? 1 : 3;
+        } else {
+            p.gather = {x, x, y, y};
+            lx = 0;
+            ly = 2;
+        }
+        for (int i = 0; i < 4; ++i)
+            if (p.gather[i].node >= 0 && (nodes_[p.gather[i].node].live >> p.gather[i].lane & 1u)) p.live |= 1u << i;
+        return intern(p);
+    };
+    int l0, l1, l2, l3;
+    const int lo = pair_node(n.gather[0], n.gather[1], l0, l1);
+    const int hi = pair_node(n.gather[2], n.gather[3], l2, l3);
+    Node j(Op::Shuffle, Ty::V4F);
+    j.gather = {{lo, l0}, {lo, l1}, {hi, l2}, {hi, l3}};
+    j.live = n.live;
+    return intern(j);
 }
 
 Handle Graph::swap_pair(Handle x) {

@@ -88,6 +88,7 @@ public:
 
 private:
     int intern(Node n);
+    int split_gather(const Node& n);
     std::vector<Node> nodes_;
     std::map<std::string, int> index_;
 };
