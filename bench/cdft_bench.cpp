@@ -1,5 +1,5 @@
-// Complex forward kernels against FFTW (patient plans, new-array execute on
-// the same buffers), every length and precision, in one run.
+// Complex kernels against FFTW (patient plans, new-array execute on the same
+// buffers), both directions, every length and precision, in one run.
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
@@ -16,9 +16,9 @@ template <> struct Fftw<float> {
     using plan = fftwf_plan;
     static void* alloc(size_t n) { return fftwf_malloc(n); }
     static void release(void* p) { fftwf_free(p); }
-    static plan make(int n, void* in, void* out) {
-        return fftwf_plan_dft_1d(n, static_cast<fftwf_complex*>(in), static_cast<fftwf_complex*>(out),
-                                 FFTW_FORWARD, FFTW_PATIENT);
+    static plan make(int n, void* in, void* out, int sign) {
+        return fftwf_plan_dft_1d(n, static_cast<fftwf_complex*>(in), static_cast<fftwf_complex*>(out), sign,
+                                 FFTW_PATIENT);
     }
     static void run(plan p, void* in, void* out) {
         fftwf_execute_dft(p, static_cast<fftwf_complex*>(in), static_cast<fftwf_complex*>(out));
@@ -30,8 +30,8 @@ template <> struct Fftw<double> {
     using plan = fftw_plan;
     static void* alloc(size_t n) { return fftw_malloc(n); }
     static void release(void* p) { fftw_free(p); }
-    static plan make(int n, void* in, void* out) {
-        return fftw_plan_dft_1d(n, static_cast<fftw_complex*>(in), static_cast<fftw_complex*>(out), FFTW_FORWARD,
+    static plan make(int n, void* in, void* out, int sign) {
+        return fftw_plan_dft_1d(n, static_cast<fftw_complex*>(in), static_cast<fftw_complex*>(out), sign,
                                 FFTW_PATIENT);
     }
     static void run(plan p, void* in, void* out) {
@@ -61,11 +61,12 @@ struct Buffers {
 };
 
 template <class T>
-void register_length(const tqftest::FixedKernel<T>& k) {
+void register_length(const tqftest::FixedKernel<T>& k, int sign) {
     using C = typename tqftest::Complex<T>::type;
     auto* buf = new Buffers<T>(k.length);  // lives for the whole run
-    auto plan = Fftw<T>::make(k.length, buf->in, buf->out);
-    const std::string name = std::string("cfwd_") + Fftw<T>::tag() + "_" + std::to_string(k.length);
+    auto plan = Fftw<T>::make(k.length, buf->in, buf->out, sign < 0 ? FFTW_FORWARD : FFTW_BACKWARD);
+    const std::string name =
+        std::string(sign < 0 ? "cfwd_" : "cinv_") + Fftw<T>::tag() + "_" + std::to_string(k.length);
     benchmark::RegisterBenchmark((name + "/ours").c_str(), [k, buf](benchmark::State& st) {
         for (auto _ : st) {
             k.fn(reinterpret_cast<const C*>(buf->in), reinterpret_cast<C*>(buf->out), tqfNoDivByAny);
@@ -85,8 +86,10 @@ void register_length(const tqftest::FixedKernel<T>& k) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    for (const auto& k : tqftest::forward_kernels<float>()) register_length(k);
-    for (const auto& k : tqftest::forward_kernels<double>()) register_length(k);
+    for (int sign : {-1, +1}) {
+        for (const auto& k : tqftest::complex_kernels<float>(sign)) register_length(k, sign);
+        for (const auto& k : tqftest::complex_kernels<double>(sign)) register_length(k, sign);
+    }
     benchmark::Initialize(&argc, argv);
     RatioReporter reporter("fftw");
     benchmark::RunSpecifiedBenchmarks(&reporter);
