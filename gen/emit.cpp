@@ -40,6 +40,8 @@ public:
     BodyWriter(const Kernel& k, std::ostringstream& out) : k_(k), out_(out) {}
 
     void write() {
+        // Creation order follows the description stage by block, which keeps
+        // fewer values live here than a depth-first order from the outputs.
         const std::vector<int> live = live_nodes(k_);
         for (int id : live) loads_left_ += is_load(k_.g.node(id).op);
         // Loads are emitted where first needed and each output is stored as
@@ -47,8 +49,12 @@ public:
         // read before the first store, so in-place calls stay correct.
         write_scale();
         std::vector<std::vector<int>> outputs_of(k_.g.size());
-        const std::vector<int> outs = output_list();
-        for (size_t i = 0; i < outs.size(); ++i) outputs_of[outs[i]].push_back(static_cast<int>(i));
+        const std::vector<std::vector<int>> outs = output_units();
+        std::vector<int> pending(outs.size());
+        for (size_t i = 0; i < outs.size(); ++i) {
+            pending[i] = static_cast<int>(outs[i].size());
+            for (int id : outs[i]) outputs_of[id].push_back(static_cast<int>(i));
+        }
         std::vector<char> done(k_.g.size(), 0);
         std::vector<int> ready;
         auto define = [&](int id) {
@@ -56,7 +62,8 @@ public:
             done[id] = 1;
             emit(id);
             if (is_load(k_.g.node(id).op)) --loads_left_;
-            for (int o : outputs_of[id]) ready.push_back(o);
+            for (int o : outputs_of[id])
+                if (--pending[o] == 0) ready.push_back(o);
             if (loads_left_ == 0) {
                 for (int o : ready) write_store(o);
                 ready.clear();
@@ -222,13 +229,15 @@ private:
         }
     }
 
-    // Output units in store order: scalars, pair registers or planar stores.
-    std::vector<int> output_list() const {
-        std::vector<int> ids;
-        for (const Handle& h : k_.scalar_out) ids.push_back(h.id);
-        for (const Handle& h : k_.pair_out) ids.push_back(h.id);
-        for (const PlanarStore& st : k_.planar_out) ids.push_back(std::max(st.re.id, st.im.id));
-        return ids;
+    // Output units in store order (a scalar, a pair register or a planar
+    // store) and the nodes each one needs.
+    std::vector<std::vector<int>> output_units() const {
+        std::vector<std::vector<int>> units;
+        for (const Handle& h : k_.scalar_out) units.push_back({h.id});
+        for (const Handle& h : k_.pair_out) units.push_back({h.id});
+        for (const PlanarStore& st : k_.planar_out)
+            units.push_back(st.re.id == st.im.id ? std::vector<int>{st.re.id} : std::vector<int>{st.re.id, st.im.id});
+        return units;
     }
 
     void write_scale() {
