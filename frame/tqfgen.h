@@ -128,6 +128,39 @@ TQF_DECLARE_CDFT(63)
 TQF_DECLARE_CDFT(64)
 #undef TQF_DECLARE_CDFT
 
+/* ---- Walsh-Hadamard ---- */
+/* Fixed orders 1..13: N = 2^order real elements, natural Hadamard order.
+ * Orders 1..7 never touch `buffer`; orders 8..13 work through a 16-byte
+ * aligned buffer of tqfgWHTGetBufferSize_* bytes, or allocate one through
+ * tqfMalloc for the call when `buffer` is null. */
+#define TQF_DECLARE_WHT(O) \
+    TQFAPI tqfStatus tqfgWHT_##O##_32f(const tqf32f* src, tqf32f* dst, int flag, unsigned char* buffer); \
+    TQFAPI tqfStatus tqfgWHT_##O##_64f(const tqf64f* src, tqf64f* dst, int flag, unsigned char* buffer);
+TQF_DECLARE_WHT(1)
+TQF_DECLARE_WHT(2)
+TQF_DECLARE_WHT(3)
+TQF_DECLARE_WHT(4)
+TQF_DECLARE_WHT(5)
+TQF_DECLARE_WHT(6)
+TQF_DECLARE_WHT(7)
+TQF_DECLARE_WHT(8)
+TQF_DECLARE_WHT(9)
+TQF_DECLARE_WHT(10)
+TQF_DECLARE_WHT(11)
+TQF_DECLARE_WHT(12)
+TQF_DECLARE_WHT(13)
+#undef TQF_DECLARE_WHT
+
+/* Order as an argument: tqfStsBadSize for an order outside 1..13, tested
+ * before anything else; otherwise exactly the fixed-order kernel. */
+TQFAPI tqfStatus tqfgWHT_32f(const tqf32f* src, tqf32f* dst, int order, int flag, unsigned char* buffer);
+TQFAPI tqfStatus tqfgWHT_64f(const tqf64f* src, tqf64f* dst, int order, int flag, unsigned char* buffer);
+
+/* Work-buffer bytes for `order` (0 below order 8). `size` is not tested for
+ * null; nothing is stored for a bad order. */
+TQFAPI tqfStatus tqfgWHTGetBufferSize_32f(int order, int* size);
+TQFAPI tqfStatus tqfgWHTGetBufferSize_64f(int order, int* size);
+
 #ifdef __cplusplus
 }
 #endif

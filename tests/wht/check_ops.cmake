@@ -1,0 +1,65 @@
+# The one-pass Walsh-Hadamard kernels (orders 1-7) are straight-line code in
+# the form of their order: the disassembly of each holds exactly order*N/2
+# additions, as many subtractions and N multiplications, counted in the lanes
+# of that form (scalar, four floats, two doubles), and no arithmetic of another
+# form. A loop, or a compiler's own vectorization, would change the counts.
+# The unaligned twins (orders 4-7) are checked the same way.
+execute_process(COMMAND objdump -d --no-show-raw-insn ${LIB} OUTPUT_VARIABLE dis RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "objdump failed on ${LIB}")
+endif()
+
+set(failures 0)
+# Counts the arithmetic of the function whose header matches `header_regex`.
+function(check_function header_regex what order suffix lanes paths)
+  string(REGEX MATCH "${header_regex}" header "${dis}")
+  if(header STREQUAL "")
+    message(SEND_ERROR "${what}: not found in the disassembly")
+    return()
+  endif()
+  string(FIND "${dis}" "${header}" start)
+  string(SUBSTRING "${dis}" ${start} -1 rest)
+  string(FIND "${rest}" "\n\n" end)
+  string(SUBSTRING "${rest}" 0 ${end} body)
+  math(EXPR n "1 << ${order}")
+  math(EXPR want_add "${order} * ${n} / 2 / ${lanes} * ${paths}")
+  math(EXPR want_mul "${n} / ${lanes} * ${paths}")
+  foreach(op add sub mul)
+    string(REGEX MATCHALL "[ \t]${op}${suffix}[ \t]" hits "${body}")
+    list(LENGTH hits got)
+    set(want ${want_add})
+    if(op STREQUAL "mul")
+      set(want ${want_mul})
+    endif()
+    if(NOT got EQUAL want)
+      message(SEND_ERROR "${what}: ${got} ${op}${suffix}, expected ${want}")
+    endif()
+  endforeach()
+  string(REGEX MATCHALL "[ \t](add|sub|mul)(ps|pd|ss|sd)[ \t]" all "${body}")
+  list(LENGTH all total)
+  math(EXPR want_total "2 * ${want_add} + ${want_mul}")
+  if(NOT total EQUAL want_total)
+    message(SEND_ERROR "${what}: arithmetic of another form (${total} operations, expected ${want_total})")
+  endif()
+endfunction()
+
+foreach(order RANGE 1 7)
+  # Single precision: scalar to order 3, four lanes from 4 with a twin.
+  if(order LESS 4)
+    check_function("<tqfgWHT_${order}_32f>:" "tqfgWHT_${order}_32f" ${order} ss 1 1)
+  else()
+    check_function("<tqfgWHT_${order}_32f>:" "tqfgWHT_${order}_32f" ${order} ps 4 1)
+    check_function("<_ZN[^>\n]*packed_twinIfLi${order}E[^>\n]*>:" "float twin ${order}" ${order} ps 4 1)
+  endif()
+  # Double precision: scalar to order 2, two lanes from 3 (both paths in
+  # one routine at 3, a twin from 4).
+  if(order LESS 3)
+    check_function("<tqfgWHT_${order}_64f>:" "tqfgWHT_${order}_64f" ${order} sd 1 1)
+  elseif(order EQUAL 3)
+    check_function("<tqfgWHT_3_64f>:" "tqfgWHT_3_64f" 3 pd 2 2)
+  else()
+    check_function("<tqfgWHT_${order}_64f>:" "tqfgWHT_${order}_64f" ${order} pd 2 1)
+    check_function("<_ZN[^>\n]*packed_twinIdLi${order}E[^>\n]*>:" "double twin ${order}" ${order} pd 2 1)
+  endif()
+endforeach()
+message(STATUS "one-pass kernels: operation counts as required")
