@@ -70,6 +70,23 @@ TQF_DECLARE_CFWD(32)
 TQF_DECLARE_CFWD(64)
 #undef TQF_DECLARE_CFWD
 
+/* ---- DCT-IV planner ---- */
+/* A plan is built once for one power-of-two length and lives entirely inside
+ * one block of bytes: ask GetSize for the block's size, then Init the plan in
+ * it; or let InitAlloc obtain the block through tqfMalloc and end the plan
+ * with Free. The handle is opaque and points into the block. */
+typedef struct tqfgDCT4Spec_32f tqfgDCT4Spec_32f;
+typedef struct tqfgDCT4Spec_64f tqfgDCT4Spec_64f;
+
+TQFAPI tqfStatus tqfgDCT4GetSize_32f(int length, int* size);
+TQFAPI tqfStatus tqfgDCT4GetSize_64f(int length, int* size);
+TQFAPI tqfStatus tqfgDCT4Init_32f(tqfgDCT4Spec_32f** spec, int length, void* memory);
+TQFAPI tqfStatus tqfgDCT4Init_64f(tqfgDCT4Spec_64f** spec, int length, void* memory);
+TQFAPI tqfStatus tqfgDCT4InitAlloc_32f(tqfgDCT4Spec_32f** spec, int length);
+TQFAPI tqfStatus tqfgDCT4InitAlloc_64f(tqfgDCT4Spec_64f** spec, int length);
+TQFAPI tqfStatus tqfgDCT4Free_32f(tqfgDCT4Spec_32f* spec);
+TQFAPI tqfStatus tqfgDCT4Free_64f(tqfgDCT4Spec_64f* spec);
+
 #ifdef __cplusplus
 }
 #endif
