@@ -10,11 +10,11 @@
 namespace {
 
 template <class P>
-tqfStatus Init(typename P::Spec** handle, int length, void* block) {
+tqfStatus Init(typename P::Handle** handle, int length, void* block) {
     if (!handle || !block) return tqfStsNullPointer;
     PlanArena* arena = PlanArenaOpen(block);
-    PlanRoot* root = static_cast<PlanRoot*>(PlanAlloc(arena, sizeof(typename P::Spec)));
-    root->node.size = static_cast<int32_t>(sizeof(typename P::Spec));
+    PlanRoot* root = static_cast<PlanRoot*>(PlanAlloc(arena, sizeof(typename P::Handle)));
+    root->node.size = static_cast<int32_t>(sizeof(typename P::Handle));
     root->node.arena = arena;
     root->owned = root->output = root->fold = nullptr;
     root->buffer = nullptr;
@@ -29,7 +29,7 @@ tqfStatus Init(typename P::Spec** handle, int length, void* block) {
 
     const int32_t status = PlanBuildRoot<P>(root);
     if (status == tqfStsNoError) {
-        *handle = static_cast<typename P::Spec*>(root);
+        *handle = static_cast<typename P::Handle*>(root);
         return tqfStsNoError;
     }
     // Unwind through the destroy protocol; the block stays the caller's and
@@ -40,7 +40,7 @@ tqfStatus Init(typename P::Spec** handle, int length, void* block) {
 }
 
 template <class P>
-tqfStatus InitAlloc(typename P::Spec** handle, int length) {
+tqfStatus InitAlloc(typename P::Handle** handle, int length) {
     if (!handle) return tqfStsNullPointer;
     int32_t size = 0;
     const tqfStatus sized = PlanGetSize<P>(length, &size);
@@ -53,11 +53,11 @@ tqfStatus InitAlloc(typename P::Spec** handle, int length) {
 }
 
 template <class P>
-tqfStatus Free(typename P::Spec* spec) {
-    if (!spec) return tqfStsNullPointer;
-    PlanNode* node = &spec->node;
+tqfStatus Free(typename P::Handle* plan) {
+    if (!plan) return tqfStsNullPointer;
+    PlanNode* node = &plan->node;
     node->destroy(node);
-    PlanRelease(node->arena, spec, static_cast<uint32_t>(node->size));
+    PlanRelease(node->arena, plan, static_cast<uint32_t>(node->size));
     // The arena's address is the block's first byte.
     tqfFree(node->arena);
     return tqfStsNoError;
@@ -70,21 +70,21 @@ extern "C" {
 TQFAPI tqfStatus tqfgDCT4GetSize_32f(int length, int* size) { return PlanGetSize<PlanF32>(length, size); }
 TQFAPI tqfStatus tqfgDCT4GetSize_64f(int length, int* size) { return PlanGetSize<PlanF64>(length, size); }
 
-TQFAPI tqfStatus tqfgDCT4Init_32f(tqfgDCT4Spec_32f** spec, int length, void* memory) {
-    return Init<PlanF32>(spec, length, memory);
+TQFAPI tqfStatus tqfgDCT4Init_32f(tqfgDCT4Spec_32f** plan, int length, void* memory) {
+    return Init<PlanF32>(plan, length, memory);
 }
-TQFAPI tqfStatus tqfgDCT4Init_64f(tqfgDCT4Spec_64f** spec, int length, void* memory) {
-    return Init<PlanF64>(spec, length, memory);
-}
-
-TQFAPI tqfStatus tqfgDCT4InitAlloc_32f(tqfgDCT4Spec_32f** spec, int length) {
-    return InitAlloc<PlanF32>(spec, length);
-}
-TQFAPI tqfStatus tqfgDCT4InitAlloc_64f(tqfgDCT4Spec_64f** spec, int length) {
-    return InitAlloc<PlanF64>(spec, length);
+TQFAPI tqfStatus tqfgDCT4Init_64f(tqfgDCT4Spec_64f** plan, int length, void* memory) {
+    return Init<PlanF64>(plan, length, memory);
 }
 
-TQFAPI tqfStatus tqfgDCT4Free_32f(tqfgDCT4Spec_32f* spec) { return Free<PlanF32>(spec); }
-TQFAPI tqfStatus tqfgDCT4Free_64f(tqfgDCT4Spec_64f* spec) { return Free<PlanF64>(spec); }
+TQFAPI tqfStatus tqfgDCT4InitAlloc_32f(tqfgDCT4Spec_32f** plan, int length) {
+    return InitAlloc<PlanF32>(plan, length);
+}
+TQFAPI tqfStatus tqfgDCT4InitAlloc_64f(tqfgDCT4Spec_64f** plan, int length) {
+    return InitAlloc<PlanF64>(plan, length);
+}
+
+TQFAPI tqfStatus tqfgDCT4Free_32f(tqfgDCT4Spec_32f* plan) { return Free<PlanF32>(plan); }
+TQFAPI tqfStatus tqfgDCT4Free_64f(tqfgDCT4Spec_64f* plan) { return Free<PlanF64>(plan); }
 
 }  // extern "C"

@@ -171,7 +171,7 @@ constexpr int32_t PlanCharge() {
 }
 
 #if UINTPTR_MAX == 0xFFFFFFFFu
-// On i386 the stored sizes are the published ones.
+// On i386 the stored sizes are fixed: the size rule and callers depend on them.
 static_assert(sizeof(PlanList) == 12, "list cell");
 static_assert(sizeof(PlanNode) == 16, "header");
 static_assert(sizeof(PlanRoot) == 44 && sizeof(tqfgDCT4Spec_32f) == 44 &&

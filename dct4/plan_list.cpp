@@ -39,8 +39,7 @@ void PlanListDestroyItems(PlanList* head) {
         PlanNode* item = cell->item;
         if (!item) continue;
         item->destroy(item);
-        // The size is read only now: destroy may not change it, but the
-        // release belongs after it.
+        // The size is read after destroy has returned.
         PlanRelease(cell->arena, item, static_cast<uint32_t>(item->size));
     }
 }

@@ -15,7 +15,7 @@ double PlanCosPi_64f(double x);
 
 struct PlanF32 {
     typedef float T;
-    typedef tqfgDCT4Spec_32f Spec;
+    typedef tqfgDCT4Spec_32f Handle;
     static constexpr int32_t lanes = 4;
     static constexpr int32_t width = 4;
     static T SinPi(T x) { return PlanSinPi_32f(x); }
@@ -29,7 +29,7 @@ struct PlanF32 {
 
 struct PlanF64 {
     typedef double T;
-    typedef tqfgDCT4Spec_64f Spec;
+    typedef tqfgDCT4Spec_64f Handle;
     static constexpr int32_t lanes = 2;
     static constexpr int32_t width = 8;
     static T SinPi(T x) { return PlanSinPi_64f(x); }

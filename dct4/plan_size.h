@@ -10,7 +10,7 @@
 // Arena charges that the rule sums, each made of class charges. They count
 // cells and stage objects more generously than the builder uses them (each
 // shell is counted twice, and so is a split's combining step), so a plan
-// ends short of its block; on i386 they come to the published constants.
+// ends short of its block; on i386 they come to the fixed sizes that 32-bit callers allocate by.
 struct PlanSizeCharges {
     static constexpr int32_t cell = PlanCharge<PlanList>();
     // The root and its three list heads: all a plan of length 2 to 32 has.

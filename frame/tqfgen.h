@@ -78,14 +78,21 @@ TQF_DECLARE_CFWD(64)
 typedef struct tqfgDCT4Spec_32f tqfgDCT4Spec_32f;
 typedef struct tqfgDCT4Spec_64f tqfgDCT4Spec_64f;
 
+/* Bytes of a block for a plan of `length`; tqfStsBadSize, with *size left
+ * unwritten, for a length the planner refuses. */
 TQFAPI tqfStatus tqfgDCT4GetSize_32f(int length, int* size);
 TQFAPI tqfStatus tqfgDCT4GetSize_64f(int length, int* size);
-TQFAPI tqfStatus tqfgDCT4Init_32f(tqfgDCT4Spec_32f** spec, int length, void* memory);
-TQFAPI tqfStatus tqfgDCT4Init_64f(tqfgDCT4Spec_64f** spec, int length, void* memory);
-TQFAPI tqfStatus tqfgDCT4InitAlloc_32f(tqfgDCT4Spec_32f** spec, int length);
-TQFAPI tqfStatus tqfgDCT4InitAlloc_64f(tqfgDCT4Spec_64f** spec, int length);
-TQFAPI tqfStatus tqfgDCT4Free_32f(tqfgDCT4Spec_32f* spec);
-TQFAPI tqfStatus tqfgDCT4Free_64f(tqfgDCT4Spec_64f* spec);
+/* Builds the plan in `memory` (GetSize bytes, any alignment) and stores its
+ * handle in *plan. tqfStsNullPointer for a null plan or memory; for a refused
+ * length tqfStsBadSize, with *plan unwritten and the block's contents spent. */
+TQFAPI tqfStatus tqfgDCT4Init_32f(tqfgDCT4Spec_32f** plan, int length, void* memory);
+TQFAPI tqfStatus tqfgDCT4Init_64f(tqfgDCT4Spec_64f** plan, int length, void* memory);
+/* As Init, in a block from tqfMalloc; a failed allocation gives tqfStsNullPointer. */
+TQFAPI tqfStatus tqfgDCT4InitAlloc_32f(tqfgDCT4Spec_32f** plan, int length);
+TQFAPI tqfStatus tqfgDCT4InitAlloc_64f(tqfgDCT4Spec_64f** plan, int length);
+/* Takes the plan down and returns its block to tqfFree: for plans from InitAlloc. */
+TQFAPI tqfStatus tqfgDCT4Free_32f(tqfgDCT4Spec_32f* plan);
+TQFAPI tqfStatus tqfgDCT4Free_64f(tqfgDCT4Spec_64f* plan);
 
 #ifdef __cplusplus
 }

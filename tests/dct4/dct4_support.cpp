@@ -160,14 +160,14 @@ PlanShape WalkPlan(const PlanRoot* root, const Precision& p) {
 // The handle types are the root under public names; the wrappers convert.
 #define DCT4_PRECISION(FN, SUFFIX, LANES, WIDTH)                                                  \
     const Precision& FN() {                                                                      \
-        typedef tqfgDCT4Spec_##SUFFIX Spec;                                                      \
+        typedef tqfgDCT4Spec_##SUFFIX Handle;                                                      \
         static const Precision p{                                                                \
             #SUFFIX, LANES, WIDTH, tqfgDCT4GetSize_##SUFFIX,                                     \
             [](PlanRoot** h, int n, void* b) {                                                   \
-                return tqfgDCT4Init_##SUFFIX(reinterpret_cast<Spec**>(h), n, b);                 \
+                return tqfgDCT4Init_##SUFFIX(reinterpret_cast<Handle**>(h), n, b);                 \
             },                                                                                   \
-            [](PlanRoot** h, int n) { return tqfgDCT4InitAlloc_##SUFFIX(reinterpret_cast<Spec**>(h), n); }, \
-            [](PlanRoot* r) { return tqfgDCT4Free_##SUFFIX(static_cast<Spec*>(r)); }};          \
+            [](PlanRoot** h, int n) { return tqfgDCT4InitAlloc_##SUFFIX(reinterpret_cast<Handle**>(h), n); }, \
+            [](PlanRoot* r) { return tqfgDCT4Free_##SUFFIX(static_cast<Handle*>(r)); }};          \
         return p;                                                                                \
     }
 DCT4_PRECISION(F32, 32f, 4, 4)

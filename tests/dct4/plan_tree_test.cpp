@@ -39,7 +39,7 @@ template <class C>
 C* First(PlanList* list) { return reinterpret_cast<C*>(PlanListItem(list, 0)); }
 
 TEST(PlanTree, ClassLayoutsOnI386) {
-    if (!Is32Bit()) GTEST_SKIP() << "published sizes are those of the 32-bit target";
+    if (!Is32Bit()) GTEST_SKIP() << "the fixed sizes are those of the 32-bit target";
     const struct { size_t size, charge; const char* name; } rows[] = {
         {sizeof(tqfgDCT4Spec_32f), 64, "root 32f"}, {sizeof(tqfgDCT4Spec_64f), 64, "root 64f"},
         {sizeof(TwiddleGen), 64, "TwiddleGen"}, {sizeof(LaneTwiddleGen), 32, "LaneTwiddleGen"},

@@ -32,7 +32,7 @@ int SizeOf(const Precision& p, int n, tqfStatus* status) {
     return size;
 }
 
-// The published block sizes of the 32-bit target.
+// The block sizes of the 32-bit target, which callers allocate by.
 TEST(PlanSizeRule, SizeTableOnI386) {
     if (!Is32Bit()) GTEST_SKIP() << "exact sizes are those of the 32-bit target";
     const struct { int n, s32, s64; } rows[] = {

@@ -8,6 +8,7 @@
 
 #include "dct4_support.h"
 #include "guarded.h"
+#include "plan_gens.h"
 
 namespace {
 
@@ -187,6 +188,40 @@ TEST(PlanTables, ThirtyTwoPointSectionOrderByPrecision) {
     // second step's pi/256.
     EXPECT_NEAR(static_cast<const float*>(s32->table)[4], std::sin(kPi / 1024), 1e-8);
     EXPECT_NEAR(static_cast<const double*>(s64->table)[2], std::sin(kPi / 256), 1e-16);
+}
+
+// The rounding of the angle itself only shows where numerator or denominator
+// have more bits than a float holds: a long length 2^k + 1. The generator is
+// exercised on its own here, without a plan of that size.
+TEST(PlanTables, SingleAngleIsRoundedToSingleBeforeItIsWidened) {
+    const int32_t n = (1 << 25) + 1, f = 32;
+    TwiddleGen gen;
+    gen.node = PlanNode{PlanDestroyNothing, static_cast<int32_t>(sizeof(TwiddleGen)),
+                        PlanActOf(&PlanTwiddleValue<PlanF32>), nullptr};
+    gen.columns = 2 * f;
+    gen.denominator = 8 * n;
+    gen.rows = n / (2 * f);
+    gen.factor = f;
+    gen.rowLength = 2 * f;
+    TwiddleGen gen64 = gen;
+    gen64.node.act = PlanActOf(&PlanTwiddleValue<PlanF64>);
+    auto eval32 = reinterpret_cast<PlanTwiddleAct<PlanF32>>(gen.node.act);
+    auto eval64 = reinterpret_cast<PlanTwiddleAct<PlanF64>>(gen64.node.act);
+    int bad = 0, wouldDiffer = 0;
+    for (int32_t row = gen.rows - 1; row >= 0; row -= 4099)
+        for (int32_t col = 0; col < 2 * f; ++col) {
+            const int64_t num = 2 * (2 * int64_t(row) + 1) * (2 * (col / 2) + 1);
+            const float x = static_cast<float>(num) / static_cast<float>(8 * int64_t(n));
+            const float want = (col & 1) ? SinPi(x) : CosPi(x);
+            bad += bits(eval32(&gen, row, col)) != bits(want);
+            const double xd = static_cast<double>(num) / static_cast<double>(8 * int64_t(n));
+            bad += bits(eval64(&gen64, row, col)) != bits((col & 1) ? SinPi(xd) : CosPi(xd));
+            // Dividing in double and rounding afterwards would give other bits.
+            const float late = static_cast<float>(xd);
+            wouldDiffer += bits((col & 1) ? SinPi(late) : CosPi(late)) != bits(want);
+        }
+    EXPECT_EQ(bad, 0);
+    EXPECT_GT(wouldDiffer, 0);
 }
 
 }  // namespace
