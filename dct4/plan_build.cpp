@@ -27,10 +27,9 @@ SplitSource SourceOf(const SplitFold* p) { return {p->lengthM, p->readTop, p->le
 
 template <class P, class Parent> int32_t BuildSplit(Parent* parent);
 
-template <class P>
-int32_t BuildFoldKind(FoldStage* fold) { return fold->kind == 7 ? BuildSplit<P>(fold) : tqfStsNoError; }
-template <class P>
-int32_t BuildFoldKind(SplitFold* fold) { return fold->kind == 7 ? BuildSplit<P>(fold) : tqfStsNoError; }
+// A fold of kind 7 is split; kinds 1 to 6 are single kernels and end here.
+template <class P, class Fold>
+int32_t BuildFoldKind(Fold* fold) { return fold->kind == 7 ? BuildSplit<P>(fold) : tqfStsNoError; }
 
 // A fold too long for one kernel: g subsequences folded to m' = m / g, then
 // combined with twiddles and a DFT of length g.

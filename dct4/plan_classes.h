@@ -1,6 +1,7 @@
 // The plan object classes. Each is a plain struct that begins with the
 // PlanNode header, then its own fields in a fixed order. All integers are
-// signed 32-bit. On i386 the sizes below are the values stored in `size`
+// signed 32-bit; `klass` holds a stage's class number (`class` is taken by
+// the language). On i386 the sizes below are the values stored in `size`
 // and summed by the size rule; on a 64-bit target sizeof gives larger ones,
 // and the rule follows them (plan_size.cpp).
 #pragma once
