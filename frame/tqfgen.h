@@ -161,6 +161,30 @@ TQFAPI tqfStatus tqfgWHT_64f(const tqf64f* src, tqf64f* dst, int order, int flag
 TQFAPI tqfStatus tqfgWHTGetBufferSize_32f(int order, int* size);
 TQFAPI tqfStatus tqfgWHTGetBufferSize_64f(int order, int* size);
 
+/* ---- DCT-IV planner ---- */
+/* A plan is built once for one power-of-two length and lives entirely inside
+ * one block of bytes: ask GetSize for the block's size, then Init the plan in
+ * it; or let InitAlloc obtain the block through tqfMalloc and end the plan
+ * with Free. The handle is opaque and points into the block. */
+typedef struct tqfgDCT4Spec_32f tqfgDCT4Spec_32f;
+typedef struct tqfgDCT4Spec_64f tqfgDCT4Spec_64f;
+
+/* Bytes of a block for a plan of `length`; tqfStsBadSize, with *size left
+ * unwritten, for a length the planner refuses. */
+TQFAPI tqfStatus tqfgDCT4GetSize_32f(int length, int* size);
+TQFAPI tqfStatus tqfgDCT4GetSize_64f(int length, int* size);
+/* Builds the plan in `memory` (GetSize bytes, any alignment) and stores its
+ * handle in *plan. tqfStsNullPointer for a null plan or memory; for a refused
+ * length tqfStsBadSize, with *plan unwritten and the block's contents spent. */
+TQFAPI tqfStatus tqfgDCT4Init_32f(tqfgDCT4Spec_32f** plan, int length, void* memory);
+TQFAPI tqfStatus tqfgDCT4Init_64f(tqfgDCT4Spec_64f** plan, int length, void* memory);
+/* As Init, in a block from tqfMalloc; a failed allocation gives tqfStsNullPointer. */
+TQFAPI tqfStatus tqfgDCT4InitAlloc_32f(tqfgDCT4Spec_32f** plan, int length);
+TQFAPI tqfStatus tqfgDCT4InitAlloc_64f(tqfgDCT4Spec_64f** plan, int length);
+/* Takes the plan down and returns its block to tqfFree: for plans from InitAlloc. */
+TQFAPI tqfStatus tqfgDCT4Free_32f(tqfgDCT4Spec_32f* plan);
+TQFAPI tqfStatus tqfgDCT4Free_64f(tqfgDCT4Spec_64f* plan);
+
 #ifdef __cplusplus
 }
 #endif
