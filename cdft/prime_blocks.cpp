@@ -2,14 +2,38 @@
 
 #include <stdexcept>
 
+#include "real_lane.h"
+
 namespace tqfcdft {
 
-std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg&, int p, const std::vector<tqfgen::Cx>&, int) {
-    throw std::runtime_error("no prime block " + std::to_string(p));
+namespace {
+
+void check(int p) {
+    if (p != 7 && p != 11 && p != 13 && p != 17 && p != 19 && p != 23 && p != 29 && p != 31 && p != 37 &&
+        p != 41 && p != 43 && p != 47 && p != 53 && p != 59 && p != 61)
+        throw std::runtime_error("no prime block " + std::to_string(p));
 }
 
-std::vector<tqfgen::Handle> prime_block(tqfgen::PairAlg&, int p, const std::vector<tqfgen::Handle>&, int) {
-    throw std::runtime_error("no prime block " + std::to_string(p));
+}  // namespace
+
+// Planar float lanes: the real program runs on the register of real parts
+// and on the register of imaginary parts, several blocks side by side.
+std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
+    check(p);
+    LaneAlg la(a.graph(), a.data_type());
+    return real_lane_block(la, p, x, dir);
+}
+
+// Two-lane double: one run of the real program covers both components.
+std::vector<tqfgen::Handle> prime_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {
+    check(p);
+    LaneAlg la(a.graph(), tqfgen::Ty::V2D);
+    return cross_pairs(a, prime_halves(la, p, x, dir), p, dir);
+}
+
+std::vector<tqfgen::Cx> prime_block(LaneAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
+    check(p);
+    return real_lane_block(a, p, x, dir);
 }
 
 }  // namespace tqfcdft
