@@ -58,9 +58,9 @@ Cx gather_lanes(LaneAlg& a, const std::vector<LaneVal>& v) {
 }
 
 std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
-                                             const std::vector<std::vector<LaneVal>>& inst, int dir) {
+                                             const std::vector<std::vector<LaneVal>>& inst, int dir, bool spread) {
     std::vector<std::vector<LaneVal>> out(inst.size());
-    if (t.leaf()) {
+    if (t.leaf() || !spread) {
         for (size_t g0 = 0; g0 < inst.size(); g0 += 4) {
             const size_t lanes = std::min<size_t>(4, inst.size() - g0);
             std::vector<Cx> regs;
@@ -69,7 +69,7 @@ std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
                 for (size_t l = 0; l < lanes; ++l) v.push_back(inst[g0 + l][i]);
                 regs.push_back(gather_lanes(a, v));
             }
-            const std::vector<Cx> y = block(a, t.block, regs, dir);
+            const std::vector<Cx> y = eval_tree(a, t, regs, dir);
             for (size_t l = 0; l < lanes; ++l)
                 for (int k = 0; k < t.size; ++k) {
                     LaneVal r;
@@ -89,7 +89,7 @@ std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
             for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
             left_in.push_back(in);
         }
-    std::vector<std::vector<LaneVal>> Y = run_stages(a, *t.left, left_in, dir);
+    std::vector<std::vector<LaneVal>> Y = run_stages(a, *t.left, left_in, dir, false);
     if (!gt)
         for (size_t j = 0; j < Y.size(); ++j)
             for (int k1 = 0; k1 < NA; ++k1)
@@ -101,7 +101,7 @@ std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
             for (int b = 0; b < NB; ++b) in.push_back(Y[i * NB + b][k1]);
             right_in.push_back(in);
         }
-    const std::vector<std::vector<LaneVal>> Z = run_stages(a, *t.right, right_in, dir);
+    const std::vector<std::vector<LaneVal>> Z = run_stages(a, *t.right, right_in, dir, false);
     for (size_t i = 0; i < inst.size(); ++i) {
         out[i].resize(N);
         for (int k1 = 0; k1 < NA; ++k1)

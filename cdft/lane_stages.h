@@ -29,9 +29,12 @@ tqfgen::Cx gather_lanes(LaneAlg& a, const std::vector<LaneVal>& v);
 tqfgen::Cx lane_cmul(LaneAlg& a, tqfgen::Cx x, const std::vector<tqfgen::Root>& w);
 
 // Several transforms of one tree at once: instances[i] is the input of the
-// i-th; the like blocks of all instances share the lanes of each stage.
+// i-th. The top node's two stages share the lanes among their like blocks,
+// with lane-varying twiddles between them; nested nodes run inside the lanes
+// with uniform twiddles (as the composite kernels do).
 std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
-                                             const std::vector<std::vector<LaneVal>>& instances, int dir);
+                                             const std::vector<std::vector<LaneVal>>& instances, int dir,
+                                             bool spread = true);
 
 // Multiplies every register that holds values of `v` by per-lane constants
 // (value i by w[i]), one full complex product per register.

@@ -24,8 +24,8 @@ namespace {
 std::shared_ptr<const Tree> complex_chain(int p) {
     static const std::map<int, std::string> chains = {
         {7, "2 G 3"},            {11, "5 G 2"},                {13, "(2 T 2) G 3"},
-        {17, "2 T (2 T (2 T 2))"}, {19, "3 T (2 G 3)"},        {23, "2 G 11"},
-        {29, "(2 T 2) G 7"},     {31, "(5 G 2) G 3"},          {37, "(2 T 2) G (3 T 3)"},
+        {17, "(2 T 2) T (2 T 2)"}, {19, "3 T (2 G 3)"},        {23, "2 G 11"},
+        {29, "(2 T 2) G 7"},     {31, "5 G (2 G 3)"},          {37, "(2 T 2) G (3 T 3)"},
         {41, "5 G (2 T (2 T 2))"}, {43, "(7 G 2) G 3"},        {53, "(2 T 2) G 13"},
         {61, "(2 T 2) G (5 G 3)"},
     };
@@ -68,8 +68,9 @@ void build_rader_planar(tqfgen::Kernel& k, int dir) {
     const int idx0[4] = {0, -1, -1, -1};
     const Cx x0{k.g.load_planar(idx0, 0), k.g.load_planar(idx0, 1)};
     const Cx X0 = a.add(x0, gather_lanes(a, {Y[0]}));
+    // Z[0] = x0 - Y[0]/N: bin 0 leaves the register product aside.
     LaneVal z0;
-    z0.reg = a.add(x0, gather_lanes(a, {Z[0]}));
+    z0.reg = a.sub(x0, a.mul_real(gather_lanes(a, {Y[0]}), 1.0L / N));
     Z[0] = z0;
 
     const std::vector<LaneVal> z = run_stages(a, *mirror_tree(*chain), {Z}, -dir)[0];

@@ -18,11 +18,11 @@ std::shared_ptr<const Tree> real_lane_chain(int p) {
     // Factors of p - 1 in the order in which they act; G where coprime, so
     // that only trivial rotations stand between the factors of a power of two.
     static const std::map<int, std::string> chains = {
-        {13, "3 G (2 T 2)"},          {17, "2 T (2 T (2 T 2))"}, {19, "2 G (3 T 3)"},
-        {23, "2 G 11"},               {29, "(2 T 2) G 7"},       {31, "(3 G 5) G 2"},
-        {37, "(2 T 2) G (3 T 3)"},    {41, "5 G (2 T (2 T 2))"}, {43, "(2 G 7) G 3"},
-        {47, "23 G 2"},               {53, "13 G (2 T 2)"},      {59, "29 G 2"},
-        {61, "3 G ((2 T 2) G 5)"},
+        {7, "2 G 3"},                 {13, "3 G (2 T 2)"},          {17, "(2 T 2) T (2 T 2)"},
+        {19, "(2 G 3) T 3"},          {23, "2 G 11"},               {29, "(2 T 2) G 7"},
+        {31, "(3 G 5w) G 2"},         {37, "(2 T 2) G (3 T 3)"},    {41, "5w G ((2 T 2) T 2)"},
+        {43, "(2 G 7) G 3"},          {47, "23 G 2"},               {53, "13 G (2 T 2)"},
+        {59, "29 G 2"},               {61, "(3 G (2 T 2)) G 5w"},
     };
     auto it = chains.find(p);
     if (it == chains.end()) throw std::runtime_error("no real-lane chain for " + std::to_string(p));
@@ -64,30 +64,24 @@ Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, int dir, co
 
     Halves h;
     h.x0 = a.add_r(x[0], Y[0].re);
-    // Bin 0 goes into every output: x0 - Y0/N stands in bin 0 of the cosine
-    // spectrum. Even bins carry the cosine convolution, odd bins the sine one.
+    // Half-spectrum convolution: the bins above m are never formed. Bin 0
+    // goes into every output: x0 - Y0/N stands in bin 0 of the cosine part.
+    // Even bins carry the cosine convolution, odd bins (where the kernel is
+    // dir i times the sine transform) the sine one; each complex bin is
+    // multiplied by 2 K[k] (2 dir K[k] on the odd side), bin m by its real
+    // magnitude alone.
     std::vector<Cx> Fc(N), Fs(N);
     Fc[0] = Cx{a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N)), Handle{}};
     for (int k = 1; k < m; ++k) {
-        const Root kk = K.bin[k];
+        const Root kk = K.bin[k] * static_cast<long double>(k % 2 == 0 ? 2 : 2 * dir);
         const Cx Z = {a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
                       a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))};
-        // The cosine kernel is Hermitian, the sine kernel (times dir i)
-        // anti-Hermitian: the upper bins follow from the lower ones.
-        if (k % 2 == 0) {
-            Fc[k] = Z;
-            Fc[N - k] = a.conj(Z);
-        } else {
-            Fs[k] = Z;
-            Fs[N - k] = a.neg(a.conj(Z));
-        }
+        (k % 2 == 0 ? Fc : Fs)[k] = Z;
     }
-    // Bin m of a real sequence is real, and its kernel value is real (m
-    // even) or imaginary (m odd): one product.
     if (m % 2 == 0) Fc[m] = Cx{a.mul_r(Y[m].re, K.bin[m].real()), Handle{}};
-    else Fs[m] = Cx{Handle{}, a.mul_r(Y[m].re, K.bin[m].imag())};
-    // For odd bins the kernel holds dir i times the sine transform: the
-    // inverse of Fs is dir i S, whose real part we take after the rotation.
+    else Fs[m] = Cx{Handle{}, a.mul_r(Y[m].re, dir * K.bin[m].imag())};
+    // C = Re and S = Im of the unscaled inverse, by the chain backwards;
+    // only t = 0..m-1 are used.
     const auto inv = mirror_tree(chain);
     const std::vector<Cx> c = eval_tree(a, *inv, Fc, -dir);
     const std::vector<Cx> s = eval_tree(a, *inv, Fs, -dir);
@@ -96,14 +90,12 @@ Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, int dir, co
     h.B.resize(m + 1);
     for (int t = 0; t < m; ++t) {
         const int k = K.pow_ginv[t];
-        // s = dir i S  =>  S = dir Im s
-        const Handle Sv = dir < 0 ? a.neg_r(s[t].im) : s[t].im;
         if (k <= m) {
             h.A[k] = c[t].re;
-            h.B[k] = Sv;
+            h.B[k] = s[t].im;
         } else {
             h.A[p - k] = c[t].re;
-            h.B[p - k] = a.neg_r(Sv);
+            h.B[p - k] = a.neg_r(s[t].im);
         }
     }
     return h;
