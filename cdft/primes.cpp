@@ -68,14 +68,22 @@ void build_rader_planar(tqfgen::Kernel& k, int dir) {
     const int idx0[4] = {0, -1, -1, -1};
     const Cx x0{k.g.load_planar(idx0, 0), k.g.load_planar(idx0, 1)};
     const Cx X0 = a.add(x0, gather_lanes(a, {Y[0]}));
-    // Z[0] = x0 - Y[0]/N: bin 0 leaves the register product aside.
-    LaneVal z0;
-    z0.reg = a.sub(x0, a.mul_real(gather_lanes(a, {Y[0]}), 1.0L / N));
+    // Z[0] = x0 - Y[0]/N, formed on the whole register that holds bin 0
+    // (x0 loaded into that bin's lane): the product by K of that lane is left
+    // aside, the other lanes of the copy are not used.
+    LaneVal z0 = Y[0];
+    {
+        int idx[4] = {-1, -1, -1, -1};
+        idx[Y[0].lane] = 0;
+        const Cx x0_in_lane{k.g.load_planar(idx, 0), k.g.load_planar(idx, 1)};
+        z0.reg = a.sub(x0_in_lane, a.mul_real(Y[0].reg, 1.0L / N));
+    }
     Z[0] = z0;
 
     const std::vector<LaneVal> z = run_stages(a, *mirror_tree(*chain), {Z}, -dir)[0];
-    std::vector<LaneVal> outs{z0};
-    outs[0].reg = X0;
+    LaneVal X0v;
+    X0v.reg = X0;  // lane 0
+    std::vector<LaneVal> outs{X0v};
     std::vector<int> index{0};
     for (int t = 0; t < N; ++t) {
         outs.push_back(z[t]);
