@@ -6,6 +6,7 @@
 
 #include "compose.h"
 #include "prime_math.h"
+#include "real_dft.h"
 #include "tree_ops.h"
 
 namespace tqfcdft {
@@ -60,31 +61,32 @@ Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, int dir, co
     // Elements in the order of the powers of g: a real sequence per lane.
     std::vector<Cx> y(N);
     for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};
-    const std::vector<Cx> Y = eval_tree(a, chain, y, dir);
+    const std::vector<Cx> Y = real_input_dft(a, chain, y, dir);
 
     Halves h;
     h.x0 = a.add_r(x[0], Y[0].re);
-    // Half-spectrum convolution: the bins above m are never formed. Bin 0
-    // goes into every output: x0 - Y0/N stands in bin 0 of the cosine part.
-    // Even bins carry the cosine convolution, odd bins (where the kernel is
-    // dir i times the sine transform) the sine one; each complex bin is
-    // multiplied by 2 K[k] (2 dir K[k] on the odd side), bin m by its real
-    // magnitude alone.
+    // Bin 0 goes into every output: x0 - Y0/N stands in bin 0 of the cosine
+    // spectrum. Even bins carry the cosine convolution (a Hermitian kernel),
+    // odd bins the sine one (the kernel is dir i times a Hermitian one; -i
+    // folded into it makes that spectrum Hermitian too). Bin m is real and
+    // takes its kernel's magnitude alone.
     std::vector<Cx> Fc(N), Fs(N);
     Fc[0] = Cx{a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N)), Handle{}};
     for (int k = 1; k < m; ++k) {
-        const Root kk = K.bin[k] * static_cast<long double>(k % 2 == 0 ? 2 : 2 * dir);
+        const Root kk = k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1);
         const Cx Z = {a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
                       a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))};
-        (k % 2 == 0 ? Fc : Fs)[k] = Z;
+        auto& F = k % 2 == 0 ? Fc : Fs;
+        F[k] = Z;
+        F[N - k] = a.conj(Z);
     }
     if (m % 2 == 0) Fc[m] = Cx{a.mul_r(Y[m].re, K.bin[m].real()), Handle{}};
-    else Fs[m] = Cx{Handle{}, a.mul_r(Y[m].re, dir * K.bin[m].imag())};
-    // C = Re and S = Im of the unscaled inverse, by the chain backwards;
-    // only t = 0..m-1 are used.
+    else Fs[m] = Cx{a.mul_r(Y[m].re, K.bin[m].imag()), Handle{}};
+    // C and dir S are the real outputs of the unscaled inverse, by the chain
+    // backwards; only t = 0..m-1 are used.
     const auto inv = mirror_tree(chain);
-    const std::vector<Cx> c = eval_tree(a, *inv, Fc, -dir);
-    const std::vector<Cx> s = eval_tree(a, *inv, Fs, -dir);
+    const std::vector<Cx> c = real_output_dft(a, *inv, Fc, -dir);
+    const std::vector<Cx> s = real_output_dft(a, *inv, Fs, -dir);
 
     h.A.resize(m + 1);
     h.B.resize(m + 1);
@@ -92,10 +94,10 @@ Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, int dir, co
         const int k = K.pow_ginv[t];
         if (k <= m) {
             h.A[k] = c[t].re;
-            h.B[k] = s[t].im;
+            h.B[k] = dir < 0 ? a.neg_r(s[t].re) : s[t].re;
         } else {
             h.A[p - k] = c[t].re;
-            h.B[p - k] = a.neg_r(s[t].im);
+            h.B[p - k] = dir < 0 ? s[t].re : a.neg_r(s[t].re);
         }
     }
     return h;
