@@ -26,9 +26,15 @@ public:
     tqfgen::Ty type() const { return t_; }
 
     static H zero() { return H{}; }
+    // x + x and x - x of one value: in a real-output transform of a
+    // Hermitian spectrum the two members of a conjugate pair meet this way.
+    // The difference is an exact zero; the sum is the value formed with
+    // doubled constants where it is a product (or a sum of products), so
+    // that the factor 2 rides on the constants instead of an addition.
     H add_r(H a, H b) {
         if (!a.valid()) return b;
         if (!b.valid()) return a;
+        if (a.id == b.id) return a.neg != b.neg ? zero() : twice(a, 2);
         return g_.add(a, b);
     }
     H neg_r(H a) { return a.valid() ? -a : a; }
@@ -76,6 +82,29 @@ public:
     }
 
 private:
+    H twice(H h, int levels) {
+        const tqfgen::Node& n = g_.node(h.id);
+        if (n.op == tqfgen::Op::Mul && levels > 0) {
+            const tqfgen::Node& c = g_.node(n.b);
+            std::vector<double> v;
+            for (double x : c.cval) v.push_back(2 * x);
+            const bool neg = h.neg;
+            H r = g_.mul(H{n.a, false}, g_.constant(t_, v));
+            return neg ? -r : r;
+        }
+        if ((n.op == tqfgen::Op::Add || n.op == tqfgen::Op::Sub) && levels > 1) {
+            const tqfgen::Node& na = g_.node(n.a);
+            const tqfgen::Node& nb = g_.node(n.b);
+            if (na.op == tqfgen::Op::Mul && nb.op == tqfgen::Op::Mul) {
+                const H x = twice(H{n.a, false}, levels - 1);
+                const H y = twice(H{n.b, false}, levels - 1);
+                const H r = n.op == tqfgen::Op::Add ? g_.add(x, y) : g_.sub(x, y);
+                return h.neg ? -r : r;
+            }
+        }
+        return g_.add(h, h);
+    }
+
     tqfgen::Graph& g_;
     tqfgen::Ty t_;
 };
