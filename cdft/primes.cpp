@@ -92,13 +92,26 @@ void build_rader_planar(tqfgen::Kernel& k, int dir) {
     store_lanes(k, outs, index);
 }
 
-// Bluestein in four planar float lanes, chirp with integer exponents.
-void build_bluestein_planar(tqfgen::Kernel& k, int dir) {
-    const int p = k.length, M = p == 47 ? 96 : 128;
-    const auto tree = parse_tree(p == 47 ? "(3 G (2 T 2)) T ((2 T 2) T 2)" : "((2 T 2) T 2) T (((2 T 2) T 2) T 2)");
-    LaneAlg a(k.g, Ty::V4F);
+// The chirp c[n] = W^(((p+1)/2) n^2 mod p): integer exponents, period p, so
+// that W^(nk) = c[n] c[k] conj(c[k-n]). Any chirp with that identity for
+// |k - n| < p serves the construction below.
+std::vector<Root> integer_chirp(int p, int dir) {
     std::vector<Root> c(p);
     for (int n = 0; n < p; ++n) c[n] = tqfgen::unit_root(static_cast<long>((p + 1) / 2) * n * n % p, p, dir);
+    return c;
+}
+
+// Bluestein in four planar float lanes: the chirped input, zero-padded to M,
+// convolved with the conjugate chirp through two length-M transforms (the
+// operations on padding left out, only outputs 0..p-1 of the second formed),
+// and the chirp again.
+void build_bluestein_planar(tqfgen::Kernel& k, int dir, const std::vector<Root>& c) {
+    const int p = k.length, M = p == 47 ? 96 : 128;
+    // 96: 12-point blocks (radix 3 at stride 32, then 16, 8), twiddles,
+    // 8-point blocks; 128: 8-point blocks at strides 64, 32, 16, twiddles,
+    // 16-point blocks.
+    const auto tree = parse_tree(p == 47 ? "(3 G (2 T 2)) T ((2 T 2) T 2)" : "((2 T 2) T 2) T (((2 T 2) T 2) T 2)");
+    LaneAlg a(k.g, Ty::V4F);
 
     std::vector<LaneVal> x(M);
     for (int n0 = 0; n0 < p; n0 += 4) {
@@ -160,7 +173,7 @@ void build_prime_kernel(tqfgen::Kernel& k, int dir) {
         build_real_lane_pairs(k, dir);
     } else {
         k.form = Form::Planar;
-        if (k.length == 47 || k.length == 59) build_bluestein_planar(k, dir);
+        if (k.length == 47 || k.length == 59) build_bluestein_planar(k, dir, integer_chirp(k.length, dir));
         else build_rader_planar(k, dir);
     }
 }
