@@ -86,6 +86,10 @@ void build_pair(tqfgen::Kernel& k, int dir) {
         k.pair_out = pair_pow2(a, x, dir);
         return;
     }
+    if (k.length == 35) {  // 5w G 7 with one 7-point block in Rader's form
+        k.pair_out = five_by_seven_mixed(a, x, dir);
+        return;
+    }
     auto t = kDoubleTrees.find(k.length);
     if (t == kDoubleTrees.end()) throw std::runtime_error("no tree for length " + std::to_string(k.length));
     k.pair_out = eval_tree(a, *parse_tree(t->second), x, dir);

@@ -1,16 +1,23 @@
 // Prime blocks used inside composite trees (7 and 11 in the symmetric direct
-// form, 13 to 31 by Rader's algorithm in the real-lane form), for both the
-// four-lane float and the two-lane double algebra.
+// form, 13 to 31 by Rader's algorithm in the real-lane form), for the
+// four-lane float, the two-lane double and the lane-register algebra.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "algebra.h"
+#include "lane_alg.h"
 
 namespace tqfcdft {
 
 std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
 std::vector<tqfgen::Handle> prime_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir);
+std::vector<tqfgen::Cx> prime_block(LaneAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
+
+// Two-lane double "5w G 7" (length 35) whose first 7-point block, the one fed
+// by the bin-0 outputs of the 5-point blocks, takes Rader's real-lane form and
+// whose four others take the direct form.
+std::vector<tqfgen::Handle> five_by_seven_mixed(tqfgen::PairAlg& a, const std::vector<tqfgen::Handle>& x, int dir);
 
 }  // namespace tqfcdft

@@ -128,6 +128,14 @@ TQF_DECLARE_CDFT(63)
 TQF_DECLARE_CDFT(64)
 #undef TQF_DECLARE_CDFT
 
+/* Generic complex entries: (src, dst, length, flag). A length outside 2..64
+ * gives tqfStsBadSize before anything else is looked at; otherwise the call
+ * is that of the fixed kernel of the length. */
+TQFAPI tqfStatus tqfgDFTFwd_CToC_32fc(const tqf32fc* src, tqf32fc* dst, int length, int flag);
+TQFAPI tqfStatus tqfgDFTFwd_CToC_64fc(const tqf64fc* src, tqf64fc* dst, int length, int flag);
+TQFAPI tqfStatus tqfgDFTInv_CToC_32fc(const tqf32fc* src, tqf32fc* dst, int length, int flag);
+TQFAPI tqfStatus tqfgDFTInv_CToC_64fc(const tqf64fc* src, tqf64fc* dst, int length, int flag);
+
 /* ---- Walsh-Hadamard ---- */
 /* Fixed orders 1..13: N = 2^order real elements, natural Hadamard order.
  * Orders 1..7 never touch `buffer`; orders 8..13 work through a 16-byte

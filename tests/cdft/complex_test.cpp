@@ -108,6 +108,14 @@ TYPED_TEST(ComplexKernels, ScaledResultIsUnscaledTimesScaleRoundedOnce) {
     }
 }
 
+// The single-precision kernels of 47 and 59 run element 0 through a
+// zero-padded convolution like every other element: their bins are within
+// rounding of the scale, not exact. Every other kernel gives it exactly.
+template <class T>
+bool impulse_goes_through_convolution(int length) {
+    return sizeof(T) == 4 && (length == 47 || length == 59);
+}
+
 TYPED_TEST(ComplexKernels, ImpulseGivesTheScaleExactly) {
     using T = typename TestFixture::T;
     for (const auto& k : this->kernels()) {
@@ -117,6 +125,13 @@ TYPED_TEST(ComplexKernels, ImpulseGivesTheScaleExactly) {
         for (int flag : this->kFlags) {
             const T s = this->expected_scale(k.length, flag);
             const std::vector<T> out = this->run(k, x, flag);
+            if (impulse_goes_through_convolution<T>(k.length)) {
+                for (int i = 0; i < k.length; ++i) {
+                    ASSERT_NEAR(out[2 * i], s, 3e-7 * s) << "bin " << i << " flag " << flag;
+                    ASSERT_NEAR(out[2 * i + 1], T(0), 3e-7 * s) << "bin " << i << " flag " << flag;
+                }
+                continue;
+            }
             for (int i = 0; i < k.length; ++i) {
                 ASSERT_EQ(bits(out[2 * i]), bits(s)) << "bin " << i << " flag " << flag;
                 ASSERT_EQ(out[2 * i + 1], T(0)) << "bin " << i << " flag " << flag;

@@ -1,0 +1,92 @@
+// Transforms of real sequences over lane registers: a real-input transform
+// that forms only the bins it cannot take as conjugates of others, and a
+// real-output transform of a Hermitian spectrum that forms only real parts.
+// Both follow a factor tree; a block whose inputs or outputs mirror those of
+// another block (k and A - k, b and B - b) is not formed at all.
+#pragma once
+
+#include <vector>
+
+#include "compose.h"
+#include "lane_alg.h"
+
+namespace tqfcdft {
+
+// X[k] = sum_n x[n] exp(dir 2 pi i nk/n) of a real x (imaginary parts zero);
+// the bins above n/2 are conjugates of the lower ones.
+inline std::vector<tqfgen::Cx> real_input_dft(LaneAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& x, int dir) {
+    const int N = t.size;
+    std::vector<tqfgen::Cx> X(N);
+    std::vector<bool> set(N, false);
+    if (t.leaf()) {
+        X = eval_tree(a, t, x, dir);
+        for (int k = 0; k <= N / 2; ++k) set[k] = true;
+    } else {
+        const int NA = t.left->size, NB = t.right->size;
+        const bool gt = t.op == 'G';
+        std::vector<std::vector<tqfgen::Cx>> Y(NB);
+        for (int b = 0; b < NB; ++b) {
+            std::vector<tqfgen::Cx> in;
+            for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+            Y[b] = real_input_dft(a, *t.left, in, dir);
+        }
+        // Blocks k1 > NA/2 mirror blocks NA - k1: never formed.
+        for (int k1 = 0; 2 * k1 <= NA; ++k1) {
+            std::vector<tqfgen::Cx> in;
+            for (int b = 0; b < NB; ++b)
+                in.push_back(gt ? Y[b][k1] : a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir)));
+            const std::vector<tqfgen::Cx> Z = k1 == 0 ? real_input_dft(a, *t.right, in, dir) : eval_tree(a, *t.right, in, dir);
+            for (int k2 = 0; k2 < NB; ++k2) {
+                if (k1 == 0 && 2 * k2 > NB) continue;  // conjugates of the block's own lower bins
+                const int k = gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2;
+                X[k] = Z[k2];
+                set[k] = true;
+            }
+        }
+    }
+    for (int k = 0; k < N; ++k)
+        if (!set[k]) {
+            if (!set[(N - k) % N]) throw std::logic_error("real_input_dft: bin not formed");
+            X[k] = a.conj(X[(N - k) % N]);
+        }
+    return X;
+}
+
+// Real parts of x[t] = sum_k F[k] exp(dir 2 pi i kt/n) for a Hermitian F
+// (F[n-k] the conjugate of F[k]); the result has no imaginary parts.
+inline std::vector<tqfgen::Cx> real_output_dft(LaneAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F, int dir) {
+    const int N = t.size;
+    std::vector<tqfgen::Cx> x(N);
+    if (t.leaf()) {
+        x = eval_tree(a, t, F, dir);
+        for (auto& v : x) v.im = tqfgen::Handle{};
+        return x;
+    }
+    const int NA = t.left->size, NB = t.right->size;
+    const bool gt = t.op == 'G';
+    std::vector<std::vector<tqfgen::Cx>> T(NB);
+    // First-stage blocks b > NB/2 give the conjugates of blocks NB - b (after
+    // the twiddles): never formed. Block 0 has a Hermitian input.
+    for (int b = 0; 2 * b <= NB; ++b) {
+        std::vector<tqfgen::Cx> in;
+        for (int i = 0; i < NA; ++i) in.push_back(F[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+        T[b] = b == 0 ? real_output_dft(a, *t.left, in, dir) : eval_tree(a, *t.left, in, dir);
+        if (!gt)
+            for (int k1 = 0; k1 < NA; ++k1)
+                T[b][k1] = a.twiddle(T[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
+    }
+    for (int b = 1; b < NB; ++b)
+        if (2 * b > NB) {
+            T[b].resize(NA);
+            for (int k1 = 0; k1 < NA; ++k1) T[b][k1] = a.conj(T[NB - b][k1]);
+        }
+    for (int k1 = 0; k1 < NA; ++k1) {
+        std::vector<tqfgen::Cx> in;
+        for (int b = 0; b < NB; ++b) in.push_back(T[b][k1]);
+        const std::vector<tqfgen::Cx> Z = real_output_dft(a, *t.right, in, dir);
+        for (int k2 = 0; k2 < NB; ++k2) x[gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[k2];
+    }
+    return x;
+}
+
+}  // namespace tqfcdft

@@ -1,0 +1,161 @@
+#include "real_lane.h"
+
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include "compose.h"
+#include "prime_math.h"
+#include "real_dft.h"
+#include "tree_ops.h"
+
+namespace tqfcdft {
+
+using tqfgen::Cx;
+using tqfgen::Handle;
+using tqfgen::Root;
+
+std::shared_ptr<const Tree> real_lane_chain(int p) {
+    // Factors of p - 1 in the order in which they act; G where coprime, so
+    // that only trivial rotations stand between the factors of a power of two.
+    static const std::map<int, std::string> chains = {
+        {7, "2 G 3"},                 {13, "3 G (2 T 2)"},          {17, "(2 T 2) T (2 T 2)"},
+        {19, "(2 G 3) T 3"},          {23, "2 G 11"},               {29, "(2 T 2) G 7"},
+        {31, "(3 G 5w) G 2"},         {37, "((2 T 2) G 3) T 3"},    {41, "5 G ((2 T 2) T 2)"},
+        {43, "(2 G 7) G 3"},          {47, "23 G 2"},               {53, "13 G (2 T 2)"},
+        {59, "29 G 2"},               {61, "(3 G (2 T 2)) G 5w"},
+    };
+    auto it = chains.find(p);
+    if (it == chains.end()) throw std::runtime_error("no real-lane chain for " + std::to_string(p));
+    return parse_tree(it->second);
+}
+
+Halves direct_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
+    const int m = (p - 1) / 2;
+    std::vector<Handle> s(m + 1), d(m + 1);
+    for (int i = 1; i <= m; ++i) {
+        s[i] = a.add_r(x[i], x[p - i]);
+        d[i] = a.sub_r(x[i], x[p - i]);
+    }
+    Halves h;
+    h.x0 = x[0];
+    for (int i = 1; i <= m; ++i) h.x0 = a.add_r(h.x0, s[i]);
+    h.A.resize(m + 1);
+    h.B.resize(m + 1);
+    for (int k = 1; k <= m; ++k) {
+        Handle A = x[0], B;
+        for (int i = 1; i <= m; ++i) {
+            const Root w = tqfgen::unit_root(static_cast<long>(i) * k, p, +1);
+            A = a.add_r(A, a.mul_r(s[i], w.real()));
+            B = a.add_r(B, a.mul_r(d[i], w.imag()));
+        }
+        h.A[k] = A;
+        h.B[k] = B;
+    }
+    return h;
+}
+
+Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, const Tree& chain) {
+    // Every lane holds a real sequence, whose inverse transform is the
+    // conjugate of its forward one: the cosine and sine halves are the same
+    // in both directions and only the crossing stage looks at dir. So the
+    // inverse kernels have the forward kernels' operations exactly.
+    const int fwd = -1;
+    const int N = p - 1, m = N / 2;
+    const RaderKernel K(p, fwd);
+    // Elements in the order of the powers of g: a real sequence per lane.
+    std::vector<Cx> y(N);
+    for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};
+    const std::vector<Cx> Y = real_input_dft(a, chain, y, fwd);
+
+    Halves h;
+    h.x0 = a.add_r(x[0], Y[0].re);
+    // Bin 0 goes into every output: x0 - Y0/N stands in bin 0 of the cosine
+    // spectrum. Even bins carry the cosine convolution (a Hermitian kernel),
+    // odd bins the sine one (the kernel is dir i times a Hermitian one; -i
+    // folded into it makes that spectrum Hermitian too). Bin m is real and
+    // takes its kernel's magnitude alone.
+    std::vector<Cx> Fc(N), Fs(N);
+    Fc[0] = Cx{a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N)), Handle{}};
+    for (int k = 1; k < m; ++k) {
+        const Root kk = k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1);
+        const Cx Z = {a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
+                      a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))};
+        auto& F = k % 2 == 0 ? Fc : Fs;
+        F[k] = Z;
+        F[N - k] = a.conj(Z);
+    }
+    if (m % 2 == 0) Fc[m] = Cx{a.mul_r(Y[m].re, K.bin[m].real()), Handle{}};
+    else Fs[m] = Cx{a.mul_r(Y[m].re, K.bin[m].imag()), Handle{}};
+    // C and -S are the real outputs of the unscaled inverse, by the chain
+    // backwards; only t = 0..m-1 are used.
+    const auto inv = mirror_tree(chain);
+    const std::vector<Cx> c = real_output_dft(a, *inv, Fc, -fwd);
+    const std::vector<Cx> s = real_output_dft(a, *inv, Fs, -fwd);
+
+    h.A.resize(m + 1);
+    h.B.resize(m + 1);
+    for (int t = 0; t < m; ++t) {
+        const int k = K.pow_ginv[t];
+        if (k <= m) {
+            h.A[k] = c[t].re;
+            h.B[k] = a.neg_r(s[t].re);
+        } else {
+            h.A[p - k] = c[t].re;
+            h.B[p - k] = s[t].re;
+        }
+    }
+    return h;
+}
+
+Halves prime_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
+    if (p == 7 || p == 11) return direct_halves(a, p, x);
+    return rader_halves(a, p, x, *real_lane_chain(p));
+}
+
+std::vector<Cx> real_lane_block(LaneAlg& a, int p, const std::vector<Cx>& x, int dir) {
+    std::vector<Handle> xr(p), xi(p);
+    bool any_re = false, any_im = false;
+    for (int n = 0; n < p; ++n) {
+        xr[n] = x[n].re;
+        xi[n] = x[n].im;
+        any_re |= xr[n].valid();
+        any_im |= xi[n].valid();
+    }
+    const int m = (p - 1) / 2;
+    Halves hr, hi;
+    hr.A.resize(m + 1);
+    hr.B.resize(m + 1);
+    hi.A.resize(m + 1);
+    hi.B.resize(m + 1);
+    if (any_re) hr = prime_halves(a, p, xr);
+    if (any_im) hi = prime_halves(a, p, xi);
+    std::vector<Cx> X(p);
+    X[0] = Cx{hr.x0, hi.x0};
+    for (int k = 1; k <= m; ++k) {
+        const Cx A{hr.A[k], hi.A[k]}, B{hr.B[k], hi.B[k]};
+        const Cx r = a.mul_i(B, dir);
+        X[k] = a.add(A, r);
+        X[p - k] = a.sub(A, r);
+    }
+    return X;
+}
+
+std::vector<Handle> cross_pairs(tqfgen::PairAlg& a, const Halves& h, int p, int dir) {
+    const int m = (p - 1) / 2;
+    std::vector<Handle> X(p);
+    X[0] = h.x0;
+    for (int k = 1; k <= m; ++k) {
+        Handle A = h.A[k], B = h.B[k];
+        int s = dir;
+        if (B.neg) {
+            B = -B;
+            s = -s;
+        }
+        X[k] = a.rot_add(A, B, s);
+        X[p - k] = a.rot_add(A, B, -s);
+    }
+    return X;
+}
+
+}  // namespace tqfcdft

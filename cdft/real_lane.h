@@ -1,0 +1,44 @@
+// Real-lane prime programs: a real-coefficient program that every lane runs
+// on its own real sequence (the real parts, or the imaginary parts, of the
+// data), and the crossing stage where the two sequences of a complex input
+// finally meet.
+//
+// Both the symmetric direct form (7, 11) and Rader's algorithm in its
+// real-lane form give, per real sequence, the bin-0 sum and for k = 1..m
+// (m = (p-1)/2) a cosine half A[k] and a sine half B[k] with
+//   X[k] = A[k] + dir i B[k],   X[p-k] = A[k] - dir i B[k].
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "lane_alg.h"
+#include "tree.h"
+
+namespace tqfcdft {
+
+struct Halves {
+    tqfgen::Handle x0;               // X[0]
+    std::vector<tqfgen::Handle> A, B;  // index 1..m (0 unused)
+};
+
+
+// The inner transform of Rader's real-lane form of p, as a factor tree of
+// p - 1 whose factors act in the order of the chain.
+std::shared_ptr<const Tree> real_lane_chain(int p);
+
+Halves direct_halves(LaneAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+Halves rader_halves(LaneAlg& a, int p, const std::vector<tqfgen::Handle>& x, const Tree& chain);
+// The method of the block: direct form for 7 and 11, Rader otherwise.
+Halves prime_halves(LaneAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+
+// A complex prime block over lane registers: the real program on the real
+// parts and on the imaginary parts, then the crossing.
+std::vector<tqfgen::Cx> real_lane_block(LaneAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
+
+// Crossing stage of the two-lane double form, where one register holds
+// [re, im] and the halves came from one run on both lanes: one addsub per
+// output, no sign flip.
+std::vector<tqfgen::Handle> cross_pairs(tqfgen::PairAlg& a, const Halves& h, int p, int dir);
+
+}  // namespace tqfcdft
