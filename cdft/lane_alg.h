@@ -50,7 +50,7 @@ public:
     // zero and one lanes multiplied like the others).
     H mul_lanes(H x, const std::vector<double>& c) {
         if (!x.valid()) return zero();
-        return g_.mul(x, g_.constant(t_, c));
+        return g_.mul(x, g_.constant(t_, c, true));
     }
 
     C add(C a, C b) { return {add_r(a.re, b.re), add_r(a.im, b.im)}; }
