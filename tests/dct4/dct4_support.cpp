@@ -6,36 +6,6 @@
 
 namespace dct4test {
 
-AllocLog& Alloc() {
-    static AllocLog log;
-    return log;
-}
-void ResetAlloc() { Alloc() = AllocLog(); }
-
-}  // namespace dct4test
-
-// Definitions in the executable take precedence over libtqfcore's for the
-// library's calls (ELF interposition); the tests check that they are reached.
-extern "C" __attribute__((visibility("default"))) void* tqfMalloc(int size) {
-    dct4test::AllocLog& log = dct4test::Alloc();
-    ++log.mallocs;
-    log.lastSize = size;
-    void* p = nullptr;
-    if (!log.fail && size > 0 && posix_memalign(&p, 32, static_cast<size_t>(size)) != 0) p = nullptr;
-    log.lastMalloc = p;
-    return p;
-}
-
-extern "C" __attribute__((visibility("default"))) void tqfFree(void* ptr) {
-    dct4test::AllocLog& log = dct4test::Alloc();
-    ++log.frees;
-    log.lastFree = ptr;
-    if (ptr) log.cursorAtFree = *static_cast<uintptr_t*>(ptr);
-    std::free(ptr);
-}
-
-namespace dct4test {
-
 namespace {
 
 int ListLength(const PlanList* head) {

@@ -7,23 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "counting_alloc.h"
 #include "plan_classes.h"
 #include "tqfgen.h"
 
 namespace dct4test {
 
 // tqfMalloc/tqfFree as the library sees them while a test runs.
-struct AllocLog {
-    int mallocs = 0;
-    int frees = 0;
-    int lastSize = 0;
-    void* lastMalloc = nullptr;
-    void* lastFree = nullptr;
-    uintptr_t cursorAtFree = 0;  // the freed block's first word, read before it goes
-    bool fail = false;           // make tqfMalloc answer null
-};
-AllocLog& Alloc();
-void ResetAlloc();
+inline tqftest::AllocLog& Alloc() { return tqftest::alloc_log(); }
+inline void ResetAlloc() { tqftest::reset_alloc_log(); }
 
 // One precision of the planner, through its exported entries.
 struct Precision {

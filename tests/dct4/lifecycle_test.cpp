@@ -106,9 +106,9 @@ TEST(PlanLifecycle, InitAllocGoesThroughTheReplaceableAllocator) {
         PlanRoot* h = kSentinel;
         ASSERT_EQ(p->initAlloc(&h, 4096), tqfStsNoError);
         EXPECT_EQ(Alloc().mallocs, 1);
-        EXPECT_EQ(Alloc().lastSize, size);
+        EXPECT_EQ(Alloc().last_size, size);
         EXPECT_EQ(Alloc().frees, 0);
-        void* block = Alloc().lastMalloc;
+        void* block = Alloc().last_block;
         ASSERT_NE(block, nullptr);
         // The allocator's blocks are 32-aligned: the root is 64 bytes in.
         EXPECT_EQ(reinterpret_cast<unsigned char*>(h), static_cast<unsigned char*>(block) + 64);
@@ -117,8 +117,8 @@ TEST(PlanLifecycle, InitAllocGoesThroughTheReplaceableAllocator) {
         // Free takes the plan down to the first cursor and hands back the block.
         EXPECT_EQ(p->free(h), tqfStsNoError);
         EXPECT_EQ(Alloc().frees, 1);
-        EXPECT_EQ(Alloc().lastFree, block);
-        EXPECT_EQ(Alloc().cursorAtFree, reinterpret_cast<uintptr_t>(h));
+        EXPECT_EQ(Alloc().last_freed, block);
+        EXPECT_EQ(Alloc().first_word_at_free, reinterpret_cast<uintptr_t>(h));
     }
 }
 
@@ -137,7 +137,7 @@ TEST(PlanLifecycle, InitAllocFailures) {
         EXPECT_EQ(p->initAlloc(&h, 1024), tqfStsNullPointer);
         EXPECT_EQ(Alloc().mallocs, 1);
         EXPECT_EQ(Alloc().frees, 1);
-        EXPECT_EQ(Alloc().lastFree, nullptr);
+        EXPECT_EQ(Alloc().last_freed, nullptr);
         EXPECT_EQ(h, kSentinel);
         ResetAlloc();
     }
@@ -161,7 +161,7 @@ TEST(PlanLifecycle, InitAllocThenFreeBalancesTheArena) {
             ASSERT_EQ(p->initAlloc(&h, 1 << e), tqfStsNoError);
             const uintptr_t first = reinterpret_cast<uintptr_t>(h);
             ASSERT_EQ(p->free(h), tqfStsNoError);
-            EXPECT_EQ(Alloc().cursorAtFree, first) << p->name << " " << (1 << e);
+            EXPECT_EQ(Alloc().first_word_at_free, first) << p->name << " " << (1 << e);
         }
 }
 

@@ -2,6 +2,8 @@
 // radix-2 network used as oracle, test data, and the counting allocator.
 #pragma once
 
+#include "counting_alloc.h"
+
 #include <cstddef>
 #include <algorithm>
 #include <cmath>
@@ -98,15 +100,8 @@ private:
 // A page that faults on any access: passed as a buffer that must not be used.
 unsigned char* forbidden_page();
 
-// Calls seen by the test's own tqfMalloc/tqfFree (counting_alloc.cpp).
-struct AllocLog {
-    int mallocs = 0;
-    int frees = 0;
-    int last_size = -1;
-    void* last_block = nullptr;
-    void* last_freed = nullptr;
-};
-AllocLog& alloc_log();
-void reset_alloc_log();
+using tqftest::AllocLog;
+using tqftest::alloc_log;
+using tqftest::reset_alloc_log;
 
 }  // namespace whttest
