@@ -36,8 +36,8 @@ template <class A>
 Vec<A> dft4(A& a, const Vec<A>& x, int dir) {
     const auto s0 = a.add(x[0], x[2]), d0 = a.sub(x[0], x[2]);
     const auto s1 = a.add(x[1], x[3]), d1 = a.sub(x[1], x[3]);
-    const auto r = a.mul_i(d1, dir);
-    return {a.add(s0, s1), a.add(d0, r), a.sub(s0, s1), a.sub(d0, r)};
+    const auto [x1, x3] = a.rot_butterfly(d0, d1, dir);
+    return {a.add(s0, s1), x1, a.sub(s0, s1), x3};
 }
 
 // Constants of the five-point blocks.

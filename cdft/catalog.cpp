@@ -92,6 +92,7 @@ void build_pair(tqfgen::Kernel& k, int dir) {
     }
     auto t = kDoubleTrees.find(k.length);
     if (t == kDoubleTrees.end()) throw std::runtime_error("no tree for length " + std::to_string(k.length));
+    a.flip_join_into_leaf = true;
     k.pair_out = eval_tree(a, *parse_tree(t->second), x, dir);
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
 
 #include "algebra.h"
 #include "blocks.h"
@@ -56,7 +57,27 @@ inline std::string stage_block(const std::string& name, int instance) {
 }
 
 template <class A>
-Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance = 0) {
+Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance = 0);
+
+// The first stage of a node. In two-lane double factor trees its rotations
+// are folded into addsub when the stage feeds a nested tree (they stay a
+// flip in front of a single block, like the twiddles).
+template <class A>
+Vec<A> eval_left_stage(A& a, const Tree& t, const Vec<A>& in, int dir) {
+    if constexpr (std::is_same_v<A, tqfgen::PairAlg>) {
+        if (a.flip_join_into_leaf) {
+            const bool saved = a.fold_rotations;
+            a.fold_rotations = !t.right->leaf();
+            Vec<A> out = eval_tree(a, *t.left, in, dir);
+            a.fold_rotations = saved;
+            return out;
+        }
+    }
+    return eval_tree(a, *t.left, in, dir);
+}
+
+template <class A>
+Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance) {
     if (t.leaf()) return block(a, stage_block(t.block, instance), x, dir);
     const int NA = t.left->size, NB = t.right->size, N = t.size;
     const bool gt = t.op == 'G';
@@ -64,11 +85,12 @@ Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance = 0
     for (int b = 0; b < NB; ++b) {
         Vec<A> in;
         for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
-        Y[b] = eval_tree(a, *t.left, in, dir);
+        Y[b] = eval_left_stage(a, t, in, dir);
         if (!gt)
             for (int k1 = 0; k1 < NA; ++k1)
                 if (!free_column(k1, N, NB).free)
-                    Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
+                    Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir),
+                                         t.right->leaf());
     }
     Vec<A> X(N);
     for (int k1 = 0; k1 < NA; ++k1) {

@@ -59,6 +59,7 @@ public:
     C conj(C a) { return {a.re, neg_r(a.im)}; }
     C mul_i(C a, int s) { return s < 0 ? C{a.im, neg_r(a.re)} : C{neg_r(a.im), a.re}; }
     C mul_real(C a, long double c) { return {mul_r(a.re, c), mul_r(a.im, c)}; }
+    std::pair<C, C> rot_butterfly(C x, C y, int s) { const C r = mul_i(y, s); return {add(x, r), sub(x, r)}; }
     C rot_scale(C a, long double c, int s) { return mul_i(mul_real(a, c), s); }
     C settle(C a) { return a; }
     // Full complex product with a lane-uniform constant, four products.
@@ -66,7 +67,7 @@ public:
         const long double wr = w.real(), wi = w.imag();
         return {sub_r(mul_r(x.re, wr), mul_r(x.im, wi)), add_r(mul_r(x.re, wi), mul_r(x.im, wr))};
     }
-    C twiddle(C x, tqfgen::Root w) {
+    C twiddle(C x, tqfgen::Root w, bool = false) {
         const long double r = std::sqrt(0.5L);
         switch (tqfgen::eighth_turn(w)) {
         case 0: return x;

@@ -29,7 +29,7 @@ int eighth_turn(Root w) {
     return -1;
 }
 
-SplitAlg::C SplitAlg::twiddle(C x, Root w) {
+SplitAlg::C SplitAlg::twiddle(C x, Root w, bool) {
     switch (eighth_turn(w)) {
     case 0: return x;
     case 2: return mul_i(x, +1);
@@ -45,7 +45,7 @@ SplitAlg::C SplitAlg::twiddle(C x, Root w) {
     return {add_r(mul_r(x.re, wr), -mul_r(x.im, wi)), add_r(mul_r(x.re, wi), mul_r(x.im, wr))};
 }
 
-PairAlg::C PairAlg::twiddle(C x, Root w) {
+PairAlg::C PairAlg::twiddle(C x, Root w, bool into_leaf) {
     switch (eighth_turn(w)) {
     case 0: return x;
     case 2: return mul_i(x, +1);
@@ -55,7 +55,7 @@ PairAlg::C PairAlg::twiddle(C x, Root w) {
     case 1: return w8conj(x);
     case 3: return neg(w8(x));
     case 5: return neg(w8conj(x));
-    default: return cmul(x, w);
+    default: return cmul(x, w, into_leaf && flip_join_into_leaf);
     }
 }
 

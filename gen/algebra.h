@@ -5,10 +5,12 @@
 //   add, sub             complex sum and difference
 //   mul_i(x, s)          x times -i (s = -1) or +i (s = +1)
 //   mul_real(x, c)       x times a real constant
+//   rot_butterfly(x,y,s) {x + (s i) y, x - (s i) y}
 //   rot_scale(x, c, s)   x times c times (s i): the rotation folded into the
 //                        constant where the form allows it
 //   settle(x)            end of a linear combination (rounds widened values)
-//   twiddle(x, w)        x times a complex root, uniform over all lanes
+//   twiddle(x, w, leaf)  x times a complex root, uniform over all lanes;
+//                        leaf: the product goes straight into a single block
 #pragma once
 
 #include <cmath>
@@ -65,11 +67,15 @@ public:
     }
     C mul_real(C a, long double c) { return {mul_r(a.re, c), mul_r(a.im, c)}; }
     C rot_scale(C a, long double c, int s) { return mul_i(mul_real(a, c), s); }
+    std::pair<C, C> rot_butterfly(C x, C y, int s) {
+        const C r = mul_i(y, s);
+        return {add(x, r), sub(x, r)};
+    }
     C settle(C a) {
         if (!widen_) return a;
         return {g_.narrow(a.re), g_.narrow(a.im)};
     }
-    C twiddle(C x, Root w);
+    C twiddle(C x, Root w, bool into_leaf = false);
 
 private:
     Graph& g_;
@@ -102,17 +108,33 @@ public:
     C rot_add(C a, C b, int s) {
         return s < 0 ? g_.swap_pair(g_.addsub(g_.swap_pair(a), b)) : g_.addsub(a, g_.swap_pair(b));
     }
+    // A swap and one flip shared by both outputs, or, with fold_rotations,
+    // two addsubs and no flip.
+    std::pair<C, C> rot_butterfly(C x, C y, int s) {
+        if (fold_rotations) return {rot_add(x, y, s), rot_add(x, y, -s)};
+        const C r = mul_i(y, s);
+        return {add(x, r), sub(x, r)};
+    }
     // (1 - i) x / sqrt2 without a flip: [x0 + x1, x1 - x0] from one addsub.
     C w8(C x) { return mul_real(g_.swap_pair(g_.addsub(g_.swap_pair(x), x)), std::sqrt(0.5L)); }
     // (1 + i) x / sqrt2: [x0 - x1, x1 + x0].
     C w8conj(C x) { return mul_real(g_.addsub(x, g_.swap_pair(x)), std::sqrt(0.5L)); }
     // General root: x*wr and swap(x)*wi joined by one addsub.
-    C cmul(C x, Root w) {
+    C cmul(C x, Root w, bool flip_join = false) {
         const double wr = static_cast<double>(w.real()), wi = static_cast<double>(w.imag());
         const Handle cr = g_.constant(Ty::V2D, {wr, wr}, true), ci = g_.constant(Ty::V2D, {wi, wi}, true);
+        if (flip_join) return g_.add(g_.mul(x, cr), g_.flip(g_.mul(g_.swap_pair(x), ci), 1u));
         return g_.addsub(g_.mul(x, cr), g_.mul(g_.swap_pair(x), ci));
     }
-    C twiddle(C x, Root w);
+    C twiddle(C x, Root w, bool into_leaf = false);
+    // In factor-tree kernels a general root in front of a single block is
+    // joined by a sign flip and an addition, not by addsub: the block's
+    // first additions then share the flipped products (and the chain is one
+    // level longer, as in the tabled programs).
+    bool flip_join_into_leaf = false;
+    // Rotations folded into addsub: set while a factor tree's first stage
+    // feeds a nested tree rather than a single block.
+    bool fold_rotations = false;
 
 private:
     Graph& g_;
