@@ -90,8 +90,10 @@ Vec<A> block(A& a, const std::string& name, const Vec<A>& x, int dir) {
     if (name == "4") return dft4(a, x, dir);
     if (name == "5") return dft5(a, x, dir);
     if (name == "5w") return dft5w(a, x, dir);
-    if constexpr (std::is_same_v<A, tqfgen::PairAlg>)
+    if constexpr (std::is_same_v<A, tqfgen::PairAlg>) {
         if (name == "8" || name == "16") return pair_pow2(a, x, dir);
+        if (name.back() == 'r') return rader_block(a, std::stoi(name), x, dir);
+    }
     const int p = std::stoi(name);
     if (p >= 7) return prime_block(a, p, x, dir);
     throw std::runtime_error("no block named " + name);

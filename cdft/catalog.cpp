@@ -45,7 +45,7 @@ const std::map<int, std::string> kDoubleTrees = {
     {22, "11 G 2"},        {24, "8 G 3"},         {25, "5 T 5"},
     {26, "13 G 2"},        {27, "3 T (3 T 3)"},   {28, "4 G 7"},
     {30, "(2 G 5) G 3"},   {33, "11 G 3"},        {34, "2 G 17"},
-    {35, "5w G 7"},        {36, "4 G (3 T 3)"},   {38, "2 G 19"},
+    {35, "5w G 7v"},        {36, "4 G (3 T 3)"},   {38, "2 G 19"},
     {39, "13 G 3"},        {40, "8 G 5"},         {42, "(2 G 7) G 3"},
     {44, "4 G 11"},        {45, "5 G (3 T 3)"},   {46, "23 G 2"},
     {48, "16 G 3"},        {49, "7 T 7"},         {50, "(5w T 5v) G 2"},
@@ -84,10 +84,6 @@ void build_pair(tqfgen::Kernel& k, int dir) {
     }
     if ((k.length & (k.length - 1)) == 0) {
         k.pair_out = pair_pow2(a, x, dir);
-        return;
-    }
-    if (k.length == 35) {  // 5w G 7 with one 7-point block in Rader's form
-        k.pair_out = five_by_seven_mixed(a, x, dir);
         return;
     }
     auto t = kDoubleTrees.find(k.length);

@@ -37,25 +37,10 @@ std::vector<tqfgen::Cx> prime_block(LaneAlg& a, int p, const std::vector<tqfgen:
     return real_lane_block(a, p, x, dir);
 }
 
-std::vector<tqfgen::Handle> five_by_seven_mixed(tqfgen::PairAlg& a, const std::vector<tqfgen::Handle>& x, int dir) {
-    using tqfgen::Handle;
-    constexpr int A = 5, B = 7, N = 35;
-    std::vector<std::vector<Handle>> Y(B);
-    for (int b = 0; b < B; ++b) {
-        std::vector<Handle> in;
-        for (int i = 0; i < A; ++i) in.push_back(x[gt_input(i, b, A, B)]);
-        Y[b] = dft5w(a, in, dir);
-    }
+std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {
+    check(p);
     LaneAlg la(a.graph(), tqfgen::Ty::V2D);
-    std::vector<Handle> X(N);
-    for (int k1 = 0; k1 < A; ++k1) {
-        std::vector<Handle> in;
-        for (int b = 0; b < B; ++b) in.push_back(Y[b][k1]);
-        const std::vector<Handle> Z =
-            k1 == 0 ? cross_pairs(a, rader_halves(la, B, in, *real_lane_chain(B)), B, dir) : prime_block(a, B, in, dir);
-        for (int k2 = 0; k2 < B; ++k2) X[gt_output(k1, k2, A, B)] = Z[k2];
-    }
-    return X;
+    return cross_pairs(a, rader_halves(la, p, x, *real_lane_chain(p)), p, dir);
 }
 
 }  // namespace tqfcdft

@@ -15,9 +15,8 @@ std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vecto
 std::vector<tqfgen::Handle> prime_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir);
 std::vector<tqfgen::Cx> prime_block(LaneAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
 
-// Two-lane double "5w G 7" (length 35) whose first 7-point block, the one fed
-// by the bin-0 outputs of the 5-point blocks, takes Rader's real-lane form and
-// whose four others take the direct form.
-std::vector<tqfgen::Handle> five_by_seven_mixed(tqfgen::PairAlg& a, const std::vector<tqfgen::Handle>& x, int dir);
+// Rader's real-lane form for a prime that otherwise takes the direct form
+// (the "7r" variant block of a factor tree).
+std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir);
 
 }  // namespace tqfcdft
