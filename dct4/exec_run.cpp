@@ -1,0 +1,133 @@
+// The transform call: checks, then the root's straight-line kernel or the two
+// stages of the tree. The tree only selects kernels and gives them loop
+// counts and strides; each kernel is a body for one fixed shape.
+#include "exec_combine.h"
+#include "exec_fold.h"
+#include "exec_output.h"
+#include "exec_short.h"
+#include "plan_classes.h"
+#include "tqfgen.h"
+
+namespace dct4x {
+namespace {
+
+template <class X> void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst,
+                                 int fwd, int bwd, int wr);
+
+// One fold kernel of kind 1-6 (m = 2 to 64) for one group of L residues.
+template <class X>
+void FoldByKind(int kind, const typename X::T* src, int fwd, int bwd, int S, typename X::T* buf, int wr,
+                int ws) {
+    switch (kind) {
+        case 1: FoldGroup<X, 2>(src, fwd, bwd, S, buf, wr, ws); break;
+        case 2: FoldGroup<X, 4>(src, fwd, bwd, S, buf, wr, ws); break;
+        case 3: FoldGroup<X, 8>(src, fwd, bwd, S, buf, wr, ws); break;
+        case 4: FoldGroup<X, 16>(src, fwd, bwd, S, buf, wr, ws); break;
+        case 5: FoldGroup<X, 32>(src, fwd, bwd, S, buf, wr, ws); break;
+        case 6: FoldGroup<X, 64>(src, fwd, bwd, S, buf, wr, ws); break;
+        default: break;
+    }
+}
+
+template <class X, int G>
+void CombineLoop(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr) {
+    const typename X::T* table = static_cast<const typename X::T*>(sc->table);
+    const int ws = sc->writeStep, q = sc->frequencies, inner = sc->innerLength;
+    for (int b = 0; b < q; ++b) CombineOne<X, G>(buf, table, dst, wr, ws, b, q, inner);
+}
+
+template <class X>
+void Combine(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr) {
+    switch (sc->klass) {
+        case 1: CombineLoop<X, 2>(sc, buf, dst, wr); break;
+        case 2: CombineLoop<X, 4>(sc, buf, dst, wr); break;
+        case 3: CombineLoop<X, 8>(sc, buf, dst, wr); break;
+        case 4: CombineLoop<X, 16>(sc, buf, dst, wr); break;
+        case 5: CombineLoop<X, 32>(sc, buf, dst, wr); break;
+        default: break;
+    }
+}
+
+// Inner fold of every subsequence into the split's buffer, then the combine
+// from there into dst.
+template <class X>
+void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst, int fwd, int bwd, int wr) {
+    if (split->built != 1) return;
+    typedef typename X::T T;
+    T* buf = static_cast<T*>(split->buffer);
+    const SplitFold* fold = reinterpret_cast<const SplitFold*>(split->inner->item);
+    for (int j = 0; j < fold->subsequences; ++j) {
+        const int f = fwd + j * fold->step, b = bwd - j * fold->step, w = wr + j * fold->writeStep;
+        if (fold->kind == 7)
+            RunSplit<X>(reinterpret_cast<const SplitStage*>(fold->stage->item), src, buf, f, b, w);
+        else
+            FoldByKind<X>(fold->kind, src, f, b, fold->wideStep, buf, w, fold->wideWrite);
+    }
+    Combine<X>(reinterpret_cast<const SplitCombine*>(split->combine->item), buf, dst, wr);
+}
+
+template <class X>
+void RunFold(const FoldStage* st, const typename X::T* src, typename X::T* buf) {
+    constexpr int L = X::L;
+    if (st->kind == 7) {
+        const SplitStage* split = reinterpret_cast<const SplitStage*>(st->stage->item);
+        for (int r = 0; r < st->laneGroups; ++r) RunSplit<X>(split, src, buf, L * r, st->top - L * r, L * r);
+        return;
+    }
+    for (int r = 0; r < st->laneGroups; ++r)
+        FoldByKind<X>(st->kind, src, L * r, st->top - L * r, st->block, buf, L * r, st->factor2);
+}
+
+template <class X, int F>
+void OutputLoop(const OutputStage* st, const typename X::T* buf, typename X::T* dst) {
+    const typename X::T* table = static_cast<const typename X::T*>(st->table);
+    for (int A = 0; A < st->laneBlocks; ++A) OutputBlock<X, F>(buf, table, dst, A, st->lengthM, st->top);
+}
+
+template <class X>
+void RunOutput(const OutputStage* st, const typename X::T* buf, typename X::T* dst) {
+    switch (st->klass) {
+        case 1: OutputLoop<X, 1>(st, buf, dst); break;
+        case 2: OutputLoop<X, 2>(st, buf, dst); break;
+        case 3: OutputLoop<X, 4>(st, buf, dst); break;
+        case 4: OutputLoop<X, 8>(st, buf, dst); break;
+        case 5: OutputLoop<X, 16>(st, buf, dst); break;
+        case 6: OutputLoop<X, 32>(st, buf, dst); break;
+        default: break;
+    }
+}
+
+template <class X>
+tqfStatus Transform(const typename X::T* src, typename X::T* dst, const PlanRoot* root) {
+    typedef typename X::T T;
+    if (!root || !src || !dst) return tqfStsNullPointer;
+    switch (root->kind) {
+        case 1: Short2<T>(src, dst); return tqfStsNoError;
+        case 2: Short4<T>(src, dst); return tqfStsNoError;
+        case 3: ShortTree<T, 8, 2>(src, dst); return tqfStsNoError;
+        case 4: ShortTree<T, 16, 4>(src, dst); return tqfStsNoError;
+        case 5: ShortTree<T, 32, 2>(src, dst); return tqfStsNoError;
+        case 6: break;
+        default: return tqfStsBadPlan;
+    }
+    T* buf = static_cast<T*>(root->buffer);
+    const FoldShell* fold = reinterpret_cast<const FoldShell*>(root->fold->item);
+    if (fold->built == 1) RunFold<X>(reinterpret_cast<const FoldStage*>(fold->stage->item), src, buf);
+    const OutputShell* out = reinterpret_cast<const OutputShell*>(root->output->item);
+    if (out->built == 1) RunOutput<X>(reinterpret_cast<const OutputStage*>(out->stage->item), buf, dst);
+    return tqfStsNoError;
+}
+
+}  // namespace
+}  // namespace dct4x
+
+extern "C" {
+
+TQFAPI tqfStatus tqfgDCT4_32f(const tqf32f* src, tqf32f* dst, const tqfgDCT4Spec_32f* spec) {
+    return dct4x::Transform<LanesF32>(src, dst, spec);
+}
+TQFAPI tqfStatus tqfgDCT4_64f(const tqf64f* src, tqf64f* dst, const tqfgDCT4Spec_64f* spec) {
+    return dct4x::Transform<LanesF64>(src, dst, spec);
+}
+
+}  // extern "C"

@@ -1,0 +1,86 @@
+// The lane types of the stage kernels. One kernel body is written over these,
+// and the compiler instantiates it for four float lanes, two double lanes, or
+// one plain scalar (the straight-line root kernels). Plan buffers and tables
+// are 32-byte aligned, so `load`/`store` are aligned; src and dst have no
+// alignment, so `loadu`/`storeu` and the reversing forms are used on them.
+#pragma once
+
+#include <pmmintrin.h>
+
+#define TQF_INLINE inline __attribute__((always_inline))
+
+struct LanesF32 {
+    typedef float T;
+    typedef __m128 V;
+    static constexpr int L = 4;
+    static TQF_INLINE V add(V a, V b) { return _mm_add_ps(a, b); }
+    static TQF_INLINE V sub(V a, V b) { return _mm_sub_ps(a, b); }
+    static TQF_INLINE V mul(V a, V b) { return _mm_mul_ps(a, b); }
+    static TQF_INLINE V set1(T c) { return _mm_set1_ps(c); }
+    static TQF_INLINE V zero() { return _mm_setzero_ps(); }
+    static TQF_INLINE V neg(V a) { return _mm_xor_ps(a, _mm_set1_ps(-0.0f)); }
+    static TQF_INLINE V load(const T* p) { return _mm_load_ps(p); }
+    static TQF_INLINE void store(T* p, V v) { _mm_store_ps(p, v); }
+    static TQF_INLINE V loadu(const T* p) { return _mm_loadu_ps(p); }
+    static TQF_INLINE void storeu(T* p, V v) { _mm_storeu_ps(p, v); }
+    // Lane l gets p[-l]: a group read in descending memory order.
+    static TQF_INLINE V loadDown(const T* p) {
+        return _mm_shuffle_ps(_mm_loadu_ps(p - 3), _mm_loadu_ps(p - 3), _MM_SHUFFLE(0, 1, 2, 3));
+    }
+    // p[-l] = lane l.
+    static TQF_INLINE void storeDown(T* p, V v) {
+        _mm_storeu_ps(p - 3, _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 1, 2, 3)));
+    }
+    // Rows r[0..3] become columns.
+    static TQF_INLINE void transpose(V* r) { _MM_TRANSPOSE4_PS(r[0], r[1], r[2], r[3]); }
+};
+
+struct LanesF64 {
+    typedef double T;
+    typedef __m128d V;
+    static constexpr int L = 2;
+    static TQF_INLINE V add(V a, V b) { return _mm_add_pd(a, b); }
+    static TQF_INLINE V sub(V a, V b) { return _mm_sub_pd(a, b); }
+    static TQF_INLINE V mul(V a, V b) { return _mm_mul_pd(a, b); }
+    static TQF_INLINE V set1(T c) { return _mm_set1_pd(c); }
+    static TQF_INLINE V zero() { return _mm_setzero_pd(); }
+    static TQF_INLINE V neg(V a) { return _mm_xor_pd(a, _mm_set1_pd(-0.0)); }
+    static TQF_INLINE V load(const T* p) { return _mm_load_pd(p); }
+    static TQF_INLINE void store(T* p, V v) { _mm_store_pd(p, v); }
+    static TQF_INLINE V loadu(const T* p) { return _mm_loadu_pd(p); }
+    static TQF_INLINE void storeu(T* p, V v) { _mm_storeu_pd(p, v); }
+    static TQF_INLINE V loadDown(const T* p) { return _mm_loadr_pd_u(p); }
+    static TQF_INLINE void storeDown(T* p, V v) { _mm_storeu_pd(p - 1, _mm_shuffle_pd(v, v, 1)); }
+    static TQF_INLINE void transpose(V* r) {
+        const V a = _mm_unpacklo_pd(r[0], r[1]);
+        r[1] = _mm_unpackhi_pd(r[0], r[1]);
+        r[0] = a;
+    }
+
+private:
+    static TQF_INLINE V _mm_loadr_pd_u(const T* p) {
+        const V v = _mm_loadu_pd(p - 1);
+        return _mm_shuffle_pd(v, v, 1);
+    }
+};
+
+// One lane, plain arithmetic: the straight-line kernels of the root.
+template <class F>
+struct LanesScalar {
+    typedef F T;
+    typedef F V;
+    static constexpr int L = 1;
+    static TQF_INLINE V add(V a, V b) { return a + b; }
+    static TQF_INLINE V sub(V a, V b) { return a - b; }
+    static TQF_INLINE V mul(V a, V b) { return a * b; }
+    static TQF_INLINE V set1(T c) { return c; }
+    static TQF_INLINE V zero() { return F(0); }
+    static TQF_INLINE V neg(V a) { return -a; }
+    static TQF_INLINE V load(const T* p) { return *p; }
+    static TQF_INLINE void store(T* p, V v) { *p = v; }
+    static TQF_INLINE V loadu(const T* p) { return *p; }
+    static TQF_INLINE void storeu(T* p, V v) { *p = v; }
+    static TQF_INLINE V loadDown(const T* p) { return *p; }
+    static TQF_INLINE void storeDown(T* p, V v) { *p = v; }
+    static TQF_INLINE void transpose(V*) {}
+};
