@@ -12,7 +12,7 @@ namespace dct4x {
 namespace {
 
 template <class X> void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst,
-                                 int fwd, int bwd, int wr);
+                                 int fwd, int bwd, int wr, int groups);
 
 // One fold kernel of kind 1-6 (m = 2 to 64) for one group of L residues.
 template <class X>
@@ -30,40 +30,55 @@ void FoldByKind(int kind, const typename X::T* src, int fwd, int bwd, int S, typ
 }
 
 template <class X, int G>
-void CombineLoop(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr) {
+void CombineLoop(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr, int groups) {
     const typename X::T* table = static_cast<const typename X::T*>(sc->table);
     const int ws = sc->writeStep, q = sc->frequencies, inner = sc->innerLength;
-    for (int b = 0; b < q; ++b) CombineOne<X, G>(buf, table, dst, wr, ws, b, q, inner);
+    for (int b = 0; b < q; ++b)
+        for (int u = 0; u < groups; ++u) CombineOne<X, G>(buf, table, dst, wr + X::L * u, ws, b, q, inner);
 }
 
 template <class X>
-void Combine(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr) {
+void Combine(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr, int groups) {
     switch (sc->klass) {
-        case 1: CombineLoop<X, 2>(sc, buf, dst, wr); break;
-        case 2: CombineLoop<X, 4>(sc, buf, dst, wr); break;
-        case 3: CombineLoop<X, 8>(sc, buf, dst, wr); break;
-        case 4: CombineLoop<X, 16>(sc, buf, dst, wr); break;
-        case 5: CombineLoop<X, 32>(sc, buf, dst, wr); break;
+        case 1: CombineLoop<X, 2>(sc, buf, dst, wr, groups); break;
+        case 2: CombineLoop<X, 4>(sc, buf, dst, wr, groups); break;
+        case 3: CombineLoop<X, 8>(sc, buf, dst, wr, groups); break;
+        case 4: CombineLoop<X, 16>(sc, buf, dst, wr, groups); break;
+        case 5: CombineLoop<X, 32>(sc, buf, dst, wr, groups); break;
         default: break;
     }
 }
 
 // Inner fold of every subsequence into the split's buffer, then the combine
-// from there into dst.
+// from there into dst. `groups` neighbouring lane groups of residues run
+// together (a cache line of each strided read and write instead of a quarter
+// of one); each group's work is that of its own call.
 template <class X>
-void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst, int fwd, int bwd, int wr) {
+void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst, int fwd, int bwd, int wr,
+              int groups) {
     if (split->built != 1) return;
     typedef typename X::T T;
+    constexpr int L = X::L;
     T* buf = static_cast<T*>(split->buffer);
     const SplitFold* fold = reinterpret_cast<const SplitFold*>(split->inner->item);
     for (int j = 0; j < fold->subsequences; ++j) {
         const int f = fwd + j * fold->step, b = bwd - j * fold->step, w = wr + j * fold->writeStep;
         if (fold->kind == 7)
-            RunSplit<X>(reinterpret_cast<const SplitStage*>(fold->stage->item), src, buf, f, b, w);
+            RunSplit<X>(reinterpret_cast<const SplitStage*>(fold->stage->item), src, buf, f, b, w, groups);
         else
-            FoldByKind<X>(fold->kind, src, f, b, fold->wideStep, buf, w, fold->wideWrite);
+            for (int u = 0; u < groups; ++u)
+                FoldByKind<X>(fold->kind, src, f + L * u, b - L * u, fold->wideStep, buf, w + L * u,
+                              fold->wideWrite);
     }
-    Combine<X>(reinterpret_cast<const SplitCombine*>(split->combine->item), buf, dst, wr);
+    Combine<X>(reinterpret_cast<const SplitCombine*>(split->combine->item), buf, dst, wr, groups);
+}
+
+// Lane groups that share a 64-byte line of the source run through a split
+// together.
+template <class X>
+int GroupsPerLine(int laneGroups) {
+    const int perLine = 64 / (X::L * static_cast<int>(sizeof(typename X::T)));
+    return laneGroups % perLine == 0 ? perLine : 1;
 }
 
 template <class X>
@@ -71,7 +86,9 @@ void RunFold(const FoldStage* st, const typename X::T* src, typename X::T* buf) 
     constexpr int L = X::L;
     if (st->kind == 7) {
         const SplitStage* split = reinterpret_cast<const SplitStage*>(st->stage->item);
-        for (int r = 0; r < st->laneGroups; ++r) RunSplit<X>(split, src, buf, L * r, st->top - L * r, L * r);
+        const int groups = GroupsPerLine<X>(st->laneGroups);
+        for (int r = 0; r < st->laneGroups; r += groups)
+            RunSplit<X>(split, src, buf, L * r, st->top - L * r, L * r, groups);
         return;
     }
     for (int r = 0; r < st->laneGroups; ++r)
