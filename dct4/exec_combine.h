@@ -16,7 +16,7 @@ namespace dct4x {
 
 template <class X>
 TQF_INLINE void RotateByEntry(typename X::V& re, typename X::V& im, const typename X::T* e) {
-    Rotate<X>(re, im, X::load(e), X::load(e + X::L));
+    Rotate<X>(re, im, X::loadEntry(e), X::loadEntry(e + X::E));
 }
 
 template <class X, int G>
@@ -24,7 +24,7 @@ TQF_INLINE void CombineOne(const typename X::T* buf, const typename X::T* table,
                            int wr, int ws, int b, int frequencies, int inner) {
     typedef typename X::V V;
     typedef typename X::T T;
-    constexpr int E = 2 * X::L;  // elements per table entry
+    constexpr int E = 2 * X::E;  // elements per table entry
     V gr[G], gi[G], yr[G], yi[G];
 #pragma GCC unroll 32
     for (int j = 0; j < G; ++j) {

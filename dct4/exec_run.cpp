@@ -11,6 +11,10 @@
 namespace dct4x {
 namespace {
 
+// A 64-byte line holds four lane groups in both precisions.
+constexpr int kLineGroups = 4;
+template <class X> using Wide = LanesWide<X, kLineGroups>;
+
 template <class X> void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst,
                                  int fwd, int bwd, int wr, int groups);
 
@@ -65,20 +69,26 @@ void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* 
         const int f = fwd + j * fold->step, b = bwd - j * fold->step, w = wr + j * fold->writeStep;
         if (fold->kind == 7)
             RunSplit<X>(reinterpret_cast<const SplitStage*>(fold->stage->item), src, buf, f, b, w, groups);
+        else if (groups == kLineGroups)
+            FoldByKind<Wide<X>>(fold->kind, src, f, b, fold->wideStep, buf, w, fold->wideWrite);
         else
             for (int u = 0; u < groups; ++u)
                 FoldByKind<X>(fold->kind, src, f + L * u, b - L * u, fold->wideStep, buf, w + L * u,
                               fold->wideWrite);
     }
-    Combine<X>(reinterpret_cast<const SplitCombine*>(split->combine->item), buf, dst, wr, groups);
+    const SplitCombine* sc = reinterpret_cast<const SplitCombine*>(split->combine->item);
+    if (groups == kLineGroups)
+        Combine<Wide<X>>(sc, buf, dst, wr, 1);
+    else
+        Combine<X>(sc, buf, dst, wr, groups);
 }
 
 // Lane groups that share a 64-byte line of the source run through a split
 // together.
 template <class X>
 int GroupsPerLine(int laneGroups) {
-    const int perLine = 64 / (X::L * static_cast<int>(sizeof(typename X::T)));
-    return laneGroups % perLine == 0 ? perLine : 1;
+    static_assert(64 / (X::L * sizeof(typename X::T)) == kLineGroups, "groups per line");
+    return laneGroups % kLineGroups == 0 ? kLineGroups : 1;
 }
 
 template <class X>

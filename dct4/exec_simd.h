@@ -33,6 +33,9 @@ struct LanesF32 {
     }
     // Rows r[0..3] become columns.
     static TQF_INLINE void transpose(V* r) { _MM_TRANSPOSE4_PS(r[0], r[1], r[2], r[3]); }
+    // A split table entry holds E cosines then E sines, one per lane.
+    static constexpr int E = 4;
+    static TQF_INLINE V loadEntry(const T* p) { return _mm_load_ps(p); }
 };
 
 struct LanesF64 {
@@ -56,6 +59,8 @@ struct LanesF64 {
         r[1] = _mm_unpackhi_pd(r[0], r[1]);
         r[0] = a;
     }
+    static constexpr int E = 2;
+    static TQF_INLINE V loadEntry(const T* p) { return _mm_load_pd(p); }
 
 private:
     static TQF_INLINE V _mm_loadr_pd_u(const T* p) {
@@ -83,4 +88,41 @@ struct LanesScalar {
     static TQF_INLINE V loadDown(const T* p) { return *p; }
     static TQF_INLINE void storeDown(T* p, V v) { *p = v; }
     static TQF_INLINE void transpose(V*) {}
+    static constexpr int E = 1;
+    static TQF_INLINE V loadEntry(const T* p) { return *p; }
+};
+
+// U neighbouring lane groups as one wide value, so that a split's strided
+// reads and writes take whole 64-byte lines at each address instead of a
+// quarter of one. Every operation is the base type's, once per group.
+template <class X, int U>
+struct LanesWide {
+    typedef typename X::T T;
+    struct V {
+        typename X::V g[U];
+    };
+    static constexpr int L = X::L * U;
+    static constexpr int E = X::E;
+// The group loops must unroll, or every value would live in memory.
+#define TQF_WIDE(expr)                         \
+    V r;                                       \
+    _Pragma("GCC unroll 8")                    \
+    for (int u = 0; u < U; ++u) r.g[u] = expr; \
+    return r
+    static TQF_INLINE V add(const V& a, const V& b) { TQF_WIDE(X::add(a.g[u], b.g[u])); }
+    static TQF_INLINE V sub(const V& a, const V& b) { TQF_WIDE(X::sub(a.g[u], b.g[u])); }
+    static TQF_INLINE V mul(const V& a, const V& b) { TQF_WIDE(X::mul(a.g[u], b.g[u])); }
+    static TQF_INLINE V set1(T c) { TQF_WIDE(X::set1(c)); }
+    static TQF_INLINE V zero() { TQF_WIDE(X::zero()); }
+    static TQF_INLINE V neg(const V& a) { TQF_WIDE(X::neg(a.g[u])); }
+    static TQF_INLINE V load(const T* p) { TQF_WIDE(X::load(p + X::L * u)); }
+    static TQF_INLINE V loadu(const T* p) { TQF_WIDE(X::loadu(p + X::L * u)); }
+    static TQF_INLINE V loadDown(const T* p) { TQF_WIDE(X::loadDown(p - X::L * u)); }
+    // The same twiddle for every group.
+    static TQF_INLINE V loadEntry(const T* p) { TQF_WIDE(X::loadEntry(p)); }
+#undef TQF_WIDE
+    static TQF_INLINE void store(T* p, const V& v) {
+#pragma GCC unroll 8
+        for (int u = 0; u < U; ++u) X::store(p + X::L * u, v.g[u]);
+    }
 };
