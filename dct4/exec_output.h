@@ -50,13 +50,12 @@ constexpr int TableResidue(int f, int pair) {
     return f != 32 ? pair : 16 * (pair % 2) + 4 * ((pair / 2) % 4) + pair / 8;
 }
 
-// One lane block of frequencies a = L A .. L A + L - 1 of the output stage.
-// buf rows c(., a) and s(., a) are read with aligned loads and transposed to
-// lanes over a; dst is written element-group-wise, ascending at m k + a and
-// descending at top - m (f + k) - a (that is m (f - k) - 1 - a when n = f m).
+// The rotated pairs P, Q of lane block A: buf rows c(., a) and s(., a) are
+// read with aligned loads and transposed to lanes over a, then rotated by
+// the table's entries for that block.
 template <class X, int F>
-TQF_INLINE void OutputBlock(const typename X::T* buf, const typename X::T* table, typename X::T* dst,
-                            int A, int m, int top) {
+TQF_INLINE void OutputRotated(const typename X::T* buf, const typename X::T* table, int A, typename X::V* P,
+                              typename X::V* Q) {
     typedef typename X::V V;
     typedef typename X::T T;
     constexpr int L = X::L;
@@ -90,7 +89,6 @@ TQF_INLINE void OutputBlock(const typename X::T* buf, const typename X::T* table
             s[i] = X::load(ts);
         }
     }
-    V P[F], Q[F];
     const T* e = table + A * 2 * F * L;
     if constexpr (F == 1) {
         RotatePsi<X>(c[0], s[0], X::load(e), X::load(e + L), P[0], Q[0]);
@@ -103,13 +101,50 @@ TQF_INLINE void OutputBlock(const typename X::T* buf, const typename X::T* table
                          Q[j]);
         }
     }
-    V Ar[F], Ai[F];
-    OutputBody<X, F>(P, Q, Ar, Ai);
+}
+
+// Output of the frequencies a = L A .. L A + L - 1: dst is written by
+// element groups, ascending at m k + a and descending at top - m (f + k) - a
+// (that is m (f - k) - 1 - a when n = f m).
+template <class X, int F>
+TQF_INLINE void OutputStore(const typename X::V* Ar, const typename X::V* Ai, typename X::T* dst, int a0, int m,
+                            int top) {
 #pragma GCC unroll 32
     for (int k = 0; k < F; ++k) {
         X::storeu(dst + m * k + a0, Ar[k]);
         X::storeDown(dst + top - m * (F + k) - a0, Ai[k]);
     }
+}
+
+template <class X, int F>
+TQF_INLINE void OutputBlock(const typename X::T* buf, const typename X::T* table, typename X::T* dst,
+                            int A, int m, int top) {
+    typename X::V P[F], Q[F], Ar[F], Ai[F];
+    OutputRotated<X, F>(buf, table, A, P, Q);
+    OutputBody<X, F>(P, Q, Ar, Ai);
+    OutputStore<X, F>(Ar, Ai, dst, X::L * A, m, top);
+}
+
+// U neighbouring lane blocks, each computed alone, their outputs kept until
+// all are done and then stored together, so that each strided group of dst
+// is written as a whole 64-byte line while it is still in the cache.
+template <class X, class W, int F>
+TQF_INLINE void OutputBlocksWide(const typename X::T* buf, const typename X::T* table, typename X::T* dst,
+                                 int A, int m, int top) {
+    constexpr int U = W::L / X::L;
+    typename W::V Ar[F], Ai[F];
+#pragma GCC unroll 1
+    for (int u = 0; u < U; ++u) {
+        typename X::V P[F], Q[F], ar[F], ai[F];
+        OutputRotated<X, F>(buf, table, A + u, P, Q);
+        OutputBody<X, F>(P, Q, ar, ai);
+#pragma GCC unroll 32
+        for (int k = 0; k < F; ++k) {
+            Ar[k].g[u] = ar[k];
+            Ai[k].g[u] = ai[k];
+        }
+    }
+    OutputStore<W, F>(Ar, Ai, dst, X::L * A, m, top);
 }
 
 }  // namespace dct4x

@@ -108,6 +108,14 @@ void RunFold(const FoldStage* st, const typename X::T* src, typename X::T* buf) 
 template <class X, int F>
 void OutputLoop(const OutputStage* st, const typename X::T* buf, typename X::T* dst) {
     const typename X::T* table = static_cast<const typename X::T*>(st->table);
+    // Once the groups of dst lie 256 elements or more apart, the 2f of them
+    // that one block writes no longer stay in the first-level cache until the
+    // next block writes their neighbours: then blocks store together.
+    if (st->lengthM >= 256 && st->laneBlocks % kLineGroups == 0) {
+        for (int A = 0; A < st->laneBlocks; A += kLineGroups)
+            OutputBlocksWide<X, Wide<X>, F>(buf, table, dst, A, st->lengthM, st->top);
+        return;
+    }
     for (int A = 0; A < st->laneBlocks; ++A) OutputBlock<X, F>(buf, table, dst, A, st->lengthM, st->top);
 }
 

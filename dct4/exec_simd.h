@@ -125,4 +125,12 @@ struct LanesWide {
 #pragma GCC unroll 8
         for (int u = 0; u < U; ++u) X::store(p + X::L * u, v.g[u]);
     }
+    static TQF_INLINE void storeu(T* p, const V& v) {
+#pragma GCC unroll 8
+        for (int u = 0; u < U; ++u) X::storeu(p + X::L * u, v.g[u]);
+    }
+    static TQF_INLINE void storeDown(T* p, const V& v) {
+#pragma GCC unroll 8
+        for (int u = 0; u < U; ++u) X::storeDown(p - X::L * u, v.g[u]);
+    }
 };
