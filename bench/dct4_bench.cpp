@@ -62,11 +62,11 @@ void RegisterLength(int n) {
     std::mt19937 rng(n);
     std::uniform_real_distribution<double> u(-1, 1);
     for (int i = 0; i < n; ++i) in[i] = static_cast<T>(u(rng));
-    auto* spec = Side<T>::ours(n);
+    auto* handle = Side<T>::ours(n);
     const std::string name = std::string("dct4_") + Side<T>::tag() + "_" + std::to_string(n);
-    benchmark::RegisterBenchmark((name + "/ours").c_str(), [spec, in, out](benchmark::State& st) {
+    benchmark::RegisterBenchmark((name + "/ours").c_str(), [handle, in, out](benchmark::State& st) {
         for (auto _ : st) {
-            Side<T>::oursRun(spec, in, out);
+            Side<T>::oursRun(handle, in, out);
             benchmark::DoNotOptimize(out);
             benchmark::ClobberMemory();
         }

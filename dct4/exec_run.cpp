@@ -158,11 +158,11 @@ tqfStatus Transform(const typename X::T* src, typename X::T* dst, const PlanRoot
 
 extern "C" {
 
-TQFAPI tqfStatus tqfgDCT4_32f(const tqf32f* src, tqf32f* dst, const tqfgDCT4Spec_32f* spec) {
-    return dct4x::Transform<LanesF32>(src, dst, spec);
+TQFAPI tqfStatus tqfgDCT4_32f(const tqf32f* src, tqf32f* dst, const tqfgDCT4Spec_32f* plan) {
+    return dct4x::Transform<LanesF32>(src, dst, plan);
 }
-TQFAPI tqfStatus tqfgDCT4_64f(const tqf64f* src, tqf64f* dst, const tqfgDCT4Spec_64f* spec) {
-    return dct4x::Transform<LanesF64>(src, dst, spec);
+TQFAPI tqfStatus tqfgDCT4_64f(const tqf64f* src, tqf64f* dst, const tqfgDCT4Spec_64f* plan) {
+    return dct4x::Transform<LanesF64>(src, dst, plan);
 }
 
 }  // extern "C"

@@ -52,7 +52,10 @@ struct LanesF64 {
     static TQF_INLINE void store(T* p, V v) { _mm_store_pd(p, v); }
     static TQF_INLINE V loadu(const T* p) { return _mm_loadu_pd(p); }
     static TQF_INLINE void storeu(T* p, V v) { _mm_storeu_pd(p, v); }
-    static TQF_INLINE V loadDown(const T* p) { return _mm_loadr_pd_u(p); }
+    static TQF_INLINE V loadDown(const T* p) {
+        const V v = _mm_loadu_pd(p - 1);
+        return _mm_shuffle_pd(v, v, 1);
+    }
     static TQF_INLINE void storeDown(T* p, V v) { _mm_storeu_pd(p - 1, _mm_shuffle_pd(v, v, 1)); }
     static TQF_INLINE void transpose(V* r) {
         const V a = _mm_unpacklo_pd(r[0], r[1]);
@@ -61,12 +64,6 @@ struct LanesF64 {
     }
     static constexpr int E = 2;
     static TQF_INLINE V loadEntry(const T* p) { return _mm_load_pd(p); }
-
-private:
-    static TQF_INLINE V _mm_loadr_pd_u(const T* p) {
-        const V v = _mm_loadu_pd(p - 1);
-        return _mm_shuffle_pd(v, v, 1);
-    }
 };
 
 // One lane, plain arithmetic: the straight-line kernels of the root.

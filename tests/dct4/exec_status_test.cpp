@@ -16,7 +16,7 @@ using namespace dct4exec;
 using tqftest::GuardedBuffer;
 using tqftest::bits;
 
-template <class T> PlanRoot* Root(const Plan<T>& p) { return reinterpret_cast<PlanRoot*>(p.spec()); }
+template <class T> PlanRoot* Root(const Plan<T>& p) { return reinterpret_cast<PlanRoot*>(p.handle()); }
 
 template <class T>
 void CheckNullPointers() {
@@ -24,8 +24,8 @@ void CheckNullPointers() {
         Plan<T> plan(n);
         std::vector<T> x = RandomInput<T>(n, 1), y(n, T(5));
         EXPECT_EQ(Api<T>::run(x.data(), y.data(), nullptr), tqfStsNullPointer);
-        EXPECT_EQ(Api<T>::run(nullptr, y.data(), plan.spec()), tqfStsNullPointer);
-        EXPECT_EQ(Api<T>::run(x.data(), nullptr, plan.spec()), tqfStsNullPointer);
+        EXPECT_EQ(Api<T>::run(nullptr, y.data(), plan.handle()), tqfStsNullPointer);
+        EXPECT_EQ(Api<T>::run(x.data(), nullptr, plan.handle()), tqfStsNullPointer);
         EXPECT_EQ(Api<T>::run(nullptr, nullptr, nullptr), tqfStsNullPointer);
         for (T v : y) EXPECT_EQ(v, T(5));
     }
@@ -122,12 +122,12 @@ void CheckPlacement(int n) {
     int size = 0;
     ASSERT_EQ(Api<T>::getSize(n, &size), tqfStsNoError);
     GuardedBuffer block(size, 1);
-    typename Api<T>::Spec* spec = nullptr;
-    ASSERT_EQ(Api<T>::init(&spec, n, block.bytes()), tqfStsNoError);
+    typename Api<T>::Spec* handle = nullptr;
+    ASSERT_EQ(Api<T>::init(&handle, n, block.bytes()), tqfStsNoError);
     for (size_t off : {sizeof(T), 2 * sizeof(T), 3 * sizeof(T)}) {
         GuardedBuffer src(n * sizeof(T), off), dst(n * sizeof(T), 16 - off % 16);
         std::memcpy(src.bytes(), x.data(), n * sizeof(T));
-        ASSERT_EQ(Api<T>::run(src.as<T>(), dst.as<T>(), spec), tqfStsNoError);
+        ASSERT_EQ(Api<T>::run(src.as<T>(), dst.as<T>(), handle), tqfStsNoError);
         EXPECT_EQ(std::memcmp(dst.bytes(), ref.data(), n * sizeof(T)), 0) << n << " " << off;
         EXPECT_TRUE(dst.guards_intact()) << n;
         EXPECT_TRUE(src.guards_intact()) << n;

@@ -34,16 +34,16 @@ template <> struct Api<double> {
 template <class T>
 class Plan {
 public:
-    explicit Plan(int n) { status_ = Api<T>::initAlloc(&spec_, n); }
-    ~Plan() { if (status_ == tqfStsNoError) Api<T>::free(spec_); }
+    explicit Plan(int n) { status_ = Api<T>::initAlloc(&handle_, n); }
+    ~Plan() { if (status_ == tqfStsNoError) Api<T>::free(handle_); }
     Plan(const Plan&) = delete;
     Plan& operator=(const Plan&) = delete;
     tqfStatus status() const { return status_; }
-    typename Api<T>::Spec* spec() const { return spec_; }
-    tqfStatus run(const T* x, T* y) const { return Api<T>::run(x, y, spec_); }
+    typename Api<T>::Spec* handle() const { return handle_; }
+    tqfStatus run(const T* x, T* y) const { return Api<T>::run(x, y, handle_); }
 
 private:
-    typename Api<T>::Spec* spec_ = nullptr;
+    typename Api<T>::Spec* handle_ = nullptr;
     tqfStatus status_;
 };
 
