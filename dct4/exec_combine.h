@@ -26,12 +26,14 @@ TQF_INLINE void CombineOne(const typename X::T* buf, const typename X::T* table,
     typedef typename X::T T;
     constexpr int E = 2 * X::E;  // elements per table entry
     V gr[G], gi[G], yr[G], yi[G];
-#pragma GCC unroll 32
-    for (int j = 0; j < G; ++j) {
-        gr[j] = X::load(buf + wr + j * ws + 2 * b * G * ws);
-        gi[j] = X::load(buf + wr + j * ws + (2 * b + 1) * G * ws);
-    }
+    const T* re = buf + wr + 2 * b * G * ws;
+    const T* im = re + G * ws;
     if constexpr (G <= 8) {
+#pragma GCC unroll 8
+        for (int j = 0; j < G; ++j) {
+            gr[j] = X::load(re + j * ws);
+            gi[j] = X::load(im + j * ws);
+        }
         const T* e = table + b * (G - 1) * E;
 #pragma GCC unroll 8
         for (int j = 1; j < G; ++j) RotateByEntry<X>(gr[j], gi[j], e + (j - 1) * E);
@@ -47,6 +49,13 @@ TQF_INLINE void CombineOne(const typename X::T* buf, const typename X::T* table,
         V hr[4][K], hi[4][K];
 #pragma GCC unroll 4
         for (int j2 = 0; j2 < 4; ++j2) {
+            // Each quarter is loaded where it is used, which keeps fewer
+            // values alive at once.
+#pragma GCC unroll 8
+            for (int j1 = 0; j1 < K; ++j1) {
+                gr[4 * j1 + j2] = X::load(re + (4 * j1 + j2) * ws);
+                gi[4 * j1 + j2] = X::load(im + (4 * j1 + j2) * ws);
+            }
 #pragma GCC unroll 8
             for (int j1 = 1; j1 < K; ++j1) RotateByEntry<X>(gr[4 * j1 + j2], gi[4 * j1 + j2], ein + (j1 - 1) * E);
             Dft<X, K, 4>(gr + j2, gi + j2, hr[j2], hi[j2]);
