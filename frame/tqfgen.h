@@ -192,6 +192,14 @@ TQFAPI tqfStatus tqfgDCT4InitAlloc_64f(tqfgDCT4Spec_64f** plan, int length);
 /* Takes the plan down and returns its block to tqfFree: for plans from InitAlloc. */
 TQFAPI tqfStatus tqfgDCT4Free_32f(tqfgDCT4Spec_32f* plan);
 TQFAPI tqfStatus tqfgDCT4Free_64f(tqfgDCT4Spec_64f* plan);
+/* The unscaled DCT-IV of the plan's length n,
+ * y[k] = sum_j x[j] cos(pi (j + 1/2)(k + 1/2) / n), from src to dst (n
+ * elements each, any alignment, src == dst allowed). tqfStsNullPointer for a
+ * null plan, src or dst (tested in that order), tqfStsBadPlan for a plan whose
+ * root is damaged; dst is untouched on failure. A plan of length 64 or more
+ * serves one call at a time: its work buffers are inside it. */
+TQFAPI tqfStatus tqfgDCT4_32f(const tqf32f* src, tqf32f* dst, const tqfgDCT4Spec_32f* plan);
+TQFAPI tqfStatus tqfgDCT4_64f(const tqf64f* src, tqf64f* dst, const tqfgDCT4Spec_64f* plan);
 
 #ifdef __cplusplus
 }
