@@ -136,15 +136,11 @@ template <class X>
 tqfStatus Transform(const typename X::T* src, typename X::T* dst, const PlanRoot* root) {
     typedef typename X::T T;
     if (!root || !src || !dst) return tqfStsNullPointer;
-    switch (root->kind) {
-        case 1: Short2<T>(src, dst); return tqfStsNoError;
-        case 2: Short4<T>(src, dst); return tqfStsNoError;
-        case 3: ShortTree<T, 8, 2>(src, dst); return tqfStsNoError;
-        case 4: ShortTree<T, 16, 4>(src, dst); return tqfStsNoError;
-        case 5: ShortTree<T, 32, 2>(src, dst); return tqfStsNoError;
-        case 6: break;
-        default: return tqfStsBadPlan;
+    if (root->kind >= 1 && root->kind <= 5) {
+        ShortKernel<T>(root->kind, src, dst);
+        return tqfStsNoError;
     }
+    if (root->kind != 6) return tqfStsBadPlan;
     T* buf = static_cast<T*>(root->buffer);
     const FoldShell* fold = reinterpret_cast<const FoldShell*>(root->fold->item);
     if (fold->built == 1) RunFold<X>(reinterpret_cast<const FoldStage*>(fold->stage->item), src, buf);
