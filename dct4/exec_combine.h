@@ -94,10 +94,11 @@ TQF_INLINE void CombinePut(Put put, int b, int inner) {
 // 2 b g + j (re) and (2 b + 1) g + j (im), U groups of each row at once into
 // a local copy, and the outputs are written U groups at a time from one,
 // while the arithmetic runs one group at a time (all U at once would not fit
-// the registers and spill far more than the copies cost).
+// the registers and spill far more than the copies cost). The next call
+// reads `next` elements further on (0: no next call).
 template <class X, int G, int U>
 TQF_INLINE void CombineLines(const typename X::T* buf, const typename X::T* table, typename X::T* dst, int wr,
-                             int ws, int b, int frequencies, int inner) {
+                             int ws, int b, int frequencies, int inner, int next) {
     typedef typename X::V V;
     typedef typename X::T T;
     constexpr int L = X::L;
@@ -112,13 +113,23 @@ TQF_INLINE void CombineLines(const typename X::T* buf, const typename X::T* tabl
             gi[j][u] = X::load(im + j * ws + L * u);
         }
 #pragma GCC unroll 1
-    for (int u = 0; u < U; ++u)
+    for (int u = 0; u < U; ++u) {
+        // A share of the next call's rows is fetched while this group
+        // computes: the rows lie too far apart for the hardware to see them
+        // coming, and fetching them all at once would stall on the misses.
+        if (next != 0) {
+            constexpr int R = 2 * G, P = (U * L * sizeof(T) + 63) / 64;
+            for (int j = u * R / U; j < (u + 1) * R / U; ++j)
+#pragma GCC unroll 4
+                for (int l = 0; l < P; ++l) Prefetch(re + next + j * ws + l * (64 / sizeof(T)));
+        }
         CombineBody<X, G>(
             [&](int j, V& r, V& i) __attribute__((always_inline)) {
                 r = gr[j][u];
                 i = gi[j][u];
             },
             table, b, frequencies, yr[u], yi[u]);
+    }
     CombinePut<G>(
         [&](int row, int k, bool imag, bool negate) __attribute__((always_inline)) {
 #pragma GCC unroll 4

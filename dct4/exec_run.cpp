@@ -104,8 +104,14 @@ template <class X, int G, int U>
 void CombineLoop(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int width) {
     const typename X::T* table = static_cast<const typename X::T*>(sc->table);
     const int ws = sc->writeStep, q = sc->frequencies, inner = sc->innerLength;
+    constexpr int step = U * X::L;
     for (int b = 0; b < q; ++b)
-        for (int w = 0; w < width; w += U * X::L) CombineLines<X, G, U>(buf, table, dst, w, ws, b, q, inner);
+        for (int w = 0; w < width; w += step) {
+            // The next call reads from the next lanes, or from the start of
+            // the next frequency's rows.
+            const int next = w + step < width ? step : b + 1 < q ? 2 * G * ws - width + step : 0;
+            CombineLines<X, G, U>(buf, table, dst, w, ws, b, q, inner, next);
+        }
 }
 
 template <class X, int U>
