@@ -66,4 +66,34 @@ TQF_INLINE void FoldGroup(const typename X::T* src, int fwd, int bwd, int S,
     }
 }
 
+// U neighbouring lane groups (residues L u .. L u + L - 1 further on, each
+// at its own fwd + L u and bwd - L u), whole lines at every address: the
+// reads go to a local copy and the writes come from one, and the arithmetic
+// runs one group at a time, as in CombineLines.
+template <class X, int M, int U>
+TQF_INLINE void FoldLines(const typename X::T* src, int fwd, int bwd, int S, typename X::T* buf, int wr,
+                          int ws) {
+    typedef typename X::V V;
+    constexpr int L = X::L;
+    V w[U][M], re[U][M / 2], im[U][M / 2];
+    const V zero = X::zero();
+#pragma GCC unroll 32
+    for (int tau = 0; tau < M / 2; ++tau)
+#pragma GCC unroll 4
+        for (int u = 0; u < U; ++u) w[u][tau] = X::loadu(src + fwd + S * tau + L * u);
+#pragma GCC unroll 32
+    for (int tau = 1; tau <= M / 2; ++tau)
+#pragma GCC unroll 4
+        for (int u = 0; u < U; ++u) w[u][M - tau] = X::sub(zero, X::loadDown(src + bwd - S * (M - tau) - L * u));
+#pragma GCC unroll 1
+    for (int u = 0; u < U; ++u) FoldBody<X, M, 1>(w[u], re[u], im[u]);
+#pragma GCC unroll 32
+    for (int a = 0; a < M / 2; ++a)
+#pragma GCC unroll 4
+        for (int u = 0; u < U; ++u) {
+            X::store(buf + wr + 2 * a * ws + L * u, re[u][a]);
+            X::store(buf + wr + (2 * a + 1) * ws + L * u, im[u][a]);
+        }
+}
+
 }  // namespace dct4x

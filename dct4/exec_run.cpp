@@ -8,6 +8,8 @@
 #include "plan_classes.h"
 #include "tqfgen.h"
 
+#include <cstdint>
+
 namespace dct4x {
 namespace {
 
@@ -15,8 +17,22 @@ namespace {
 constexpr int kLineGroups = 4;
 template <class X> using Wide = LanesWide<X, kLineGroups>;
 
-template <class X> void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst,
-                                 int fwd, int bwd, int wr, int groups);
+// Writes of at least this many bytes bypass the caches (streaming stores):
+// a pass over a buffer that large has pushed its first lines out of the
+// second-level cache by the time the next pass reads them, and a cached
+// store would first read each line in.
+constexpr int64_t kStreamBytes = int64_t(4) << 20;
+// The same for dst, which nothing reads again during the call.
+constexpr int64_t kStreamDstBytes = int64_t(1) << 20;
+
+// Lane groups that one call of a split kernel takes side by side: up to 16
+// (256 bytes of every row it touches, which the memory system serves far
+// better than single lines across dozens of rows), and at least a line's.
+inline int RowGroups(int groups) {
+    for (int u = 16; u >= kLineGroups; u /= 2)
+        if (groups % u == 0) return u;
+    return 1;
+}
 
 // One fold kernel of kind 1-6 (m = 2 to 64) for one group of L residues.
 template <class X>
@@ -33,72 +49,129 @@ void FoldByKind(int kind, const typename X::T* src, int fwd, int bwd, int S, typ
     }
 }
 
-template <class X, int G>
-void CombineLoop(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr, int groups) {
-    const typename X::T* table = static_cast<const typename X::T*>(sc->table);
-    const int ws = sc->writeStep, q = sc->frequencies, inner = sc->innerLength;
-    for (int b = 0; b < q; ++b)
-        for (int u = 0; u < groups; ++u) CombineOne<X, G>(buf, table, dst, wr + X::L * u, ws, b, q, inner);
+// A split stage runs level by level rather than subtree by subtree: first
+// every subsequence of the innermost level is folded, then each level's
+// combine runs once over its whole buffer, innermost first. The kernel calls
+// and their data are those of the depth-first order, so are the results.
+//
+// Residue r and the subsequence indices j1 (outermost split), j2, ... make
+// one offset: a call reads from L r + 2f J and writes from L r + f J, with
+// J = j1 + g1 (j2 + g2 (...)). With r running fastest, then J, each pass
+// walks the source and the buffers as a few dozen sequential streams, where
+// the tree's own order jumps by power-of-two strides that keep little cached.
+
+// The innermost folds: for each J < count, every residue, U lane groups per
+// call.
+template <class X, int M, int U>
+void LeafLoop(const FoldStage* st, const SplitFold* fold, const typename X::T* src, typename X::T* buf,
+              int count) {
+    constexpr int L = X::L;
+    for (int J = 0; J < count; ++J) {
+        const int f = J * st->block, b = st->top - J * st->block, wr = J * st->factor2;
+        for (int r = 0; r < st->laneGroups; r += U)
+            FoldLines<X, M, U>(src, f + L * r, b - L * r, fold->wideStep, buf, wr + L * r, fold->wideWrite);
+    }
 }
 
-template <class X>
-void Combine(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int wr, int groups) {
-    switch (sc->klass) {
-        case 1: CombineLoop<X, 2>(sc, buf, dst, wr, groups); break;
-        case 2: CombineLoop<X, 4>(sc, buf, dst, wr, groups); break;
-        case 3: CombineLoop<X, 8>(sc, buf, dst, wr, groups); break;
-        case 4: CombineLoop<X, 16>(sc, buf, dst, wr, groups); break;
-        case 5: CombineLoop<X, 32>(sc, buf, dst, wr, groups); break;
+template <class X, int U>
+void LeafPass(const FoldStage* st, const SplitFold* fold, const typename X::T* src, typename X::T* buf,
+              int count) {
+    switch (fold->kind) {
+        case 1: LeafLoop<X, 2, U>(st, fold, src, buf, count); break;
+        case 2: LeafLoop<X, 4, U>(st, fold, src, buf, count); break;
+        case 3: LeafLoop<X, 8, U>(st, fold, src, buf, count); break;
+        case 4: LeafLoop<X, 16, U>(st, fold, src, buf, count); break;
+        case 5: LeafLoop<X, 32, U>(st, fold, src, buf, count); break;
+        case 6: LeafLoop<X, 64, U>(st, fold, src, buf, count); break;
         default: break;
     }
 }
 
-// Inner fold of every subsequence into the split's buffer, then the combine
-// from there into dst. `groups` neighbouring lane groups of residues run
-// together (a cache line of each strided read and write instead of a quarter
-// of one); each group's work is that of its own call.
 template <class X>
-void RunSplit(const SplitStage* split, const typename X::T* src, typename X::T* dst, int fwd, int bwd, int wr,
-              int groups) {
-    if (split->built != 1) return;
-    typedef typename X::T T;
-    constexpr int L = X::L;
-    T* buf = static_cast<T*>(split->buffer);
-    const SplitFold* fold = reinterpret_cast<const SplitFold*>(split->inner->item);
-    for (int j = 0; j < fold->subsequences; ++j) {
-        const int f = fwd + j * fold->step, b = bwd - j * fold->step, w = wr + j * fold->writeStep;
-        if (fold->kind == 7)
-            RunSplit<X>(reinterpret_cast<const SplitStage*>(fold->stage->item), src, buf, f, b, w, groups);
-        else if (groups == kLineGroups)
-            FoldByKind<Wide<X>>(fold->kind, src, f, b, fold->wideStep, buf, w, fold->wideWrite);
-        else
-            for (int u = 0; u < groups; ++u)
-                FoldByKind<X>(fold->kind, src, f + L * u, b - L * u, fold->wideStep, buf, w + L * u,
-                              fold->wideWrite);
+void LeafPass(const FoldStage* st, const SplitFold* fold, const typename X::T* src, typename X::T* buf,
+              int count) {
+    switch (RowGroups(st->laneGroups)) {
+        case 16: LeafPass<X, 16>(st, fold, src, buf, count); break;
+        case 8: LeafPass<X, 8>(st, fold, src, buf, count); break;
+        case 4: LeafPass<X, 4>(st, fold, src, buf, count); break;
+        default: LeafPass<X, 1>(st, fold, src, buf, count); break;
     }
-    const SplitCombine* sc = reinterpret_cast<const SplitCombine*>(split->combine->item);
-    if (groups == kLineGroups)
-        Combine<Wide<X>>(sc, buf, dst, wr, 1);
-    else
-        Combine<X>(sc, buf, dst, wr, groups);
 }
 
-// Lane groups that share a 64-byte line of the source run through a split
-// together.
+// The combine over `width` neighbouring residues of every subsequence above:
+// for each frequency b, the whole width, U lane groups per call.
+template <class X, int G, int U>
+void CombineLoop(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int width) {
+    const typename X::T* table = static_cast<const typename X::T*>(sc->table);
+    const int ws = sc->writeStep, q = sc->frequencies, inner = sc->innerLength;
+    constexpr int step = U * X::L;
+    for (int b = 0; b < q; ++b)
+        for (int w = 0; w < width; w += step) {
+            // The next call reads from the next lanes, or from the start of
+            // the next frequency's rows.
+            const int next = w + step < width ? step : b + 1 < q ? 2 * G * ws - width + step : 0;
+            CombineLines<X, G, U>(buf, table, dst, w, ws, b, q, inner, next);
+        }
+}
+
+template <class X, int U>
+void Combine(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int width) {
+    switch (sc->klass) {
+        case 1: CombineLoop<X, 2, U>(sc, buf, dst, width); break;
+        case 2: CombineLoop<X, 4, U>(sc, buf, dst, width); break;
+        case 3: CombineLoop<X, 8, U>(sc, buf, dst, width); break;
+        case 4: CombineLoop<X, 16, U>(sc, buf, dst, width); break;
+        case 5: CombineLoop<X, 32, U>(sc, buf, dst, width); break;
+        default: break;
+    }
+}
+
 template <class X>
-int GroupsPerLine(int laneGroups) {
-    static_assert(64 / (X::L * sizeof(typename X::T)) == kLineGroups, "groups per line");
-    return laneGroups % kLineGroups == 0 ? kLineGroups : 1;
+void Combine(const SplitCombine* sc, const typename X::T* buf, typename X::T* dst, int width) {
+    switch (RowGroups(width / X::L)) {
+        case 16: Combine<X, 16>(sc, buf, dst, width); break;
+        case 8: Combine<X, 8>(sc, buf, dst, width); break;
+        case 4: Combine<X, 4>(sc, buf, dst, width); break;
+        default: Combine<X, 1>(sc, buf, dst, width); break;
+    }
+}
+
+// One split level: everything below it, then its combine into dst. `width`
+// is the number of residues times the subsequences of the levels above;
+// `stream` selects cache-bypassing writes of the buffers.
+template <class X>
+void RunSplit(const FoldStage* st, const SplitStage* split, const typename X::T* src, typename X::T* dst,
+              int width, bool stream) {
+    if (split->built != 1) return;
+    typedef typename X::T T;
+    T* buf = static_cast<T*>(split->buffer);
+    // Streaming stores only ever write whole lines.
+    stream = stream && reinterpret_cast<uintptr_t>(buf) % 64 == 0 && reinterpret_cast<uintptr_t>(dst) % 64 == 0;
+    const SplitFold* fold = reinterpret_cast<const SplitFold*>(split->inner->item);
+    const int below = width * fold->subsequences;
+    if (fold->kind == 7) {
+        RunSplit<X>(st, reinterpret_cast<const SplitStage*>(fold->stage->item), src, buf, below, stream);
+    } else {
+        const int count = below / (X::L * st->laneGroups);
+        if (stream)
+            LeafPass<LanesStream<X>>(st, fold, src, buf, count);
+        else
+            LeafPass<X>(st, fold, src, buf, count);
+    }
+    const SplitCombine* sc = reinterpret_cast<const SplitCombine*>(split->combine->item);
+    if (stream)
+        Combine<LanesStream<X>>(sc, buf, dst, width);
+    else
+        Combine<X>(sc, buf, dst, width);
+    if (stream) _mm_sfence();
 }
 
 template <class X>
 void RunFold(const FoldStage* st, const typename X::T* src, typename X::T* buf) {
     constexpr int L = X::L;
     if (st->kind == 7) {
-        const SplitStage* split = reinterpret_cast<const SplitStage*>(st->stage->item);
-        const int groups = GroupsPerLine<X>(st->laneGroups);
-        for (int r = 0; r < st->laneGroups; r += groups)
-            RunSplit<X>(split, src, buf, L * r, st->top - L * r, L * r, groups);
+        const bool stream = static_cast<int64_t>(st->length) * static_cast<int64_t>(sizeof(typename X::T)) >= kStreamBytes;
+        RunSplit<X>(st, reinterpret_cast<const SplitStage*>(st->stage->item), src, buf, L * st->laneGroups, stream);
         return;
     }
     for (int r = 0; r < st->laneGroups; ++r)
@@ -112,6 +185,15 @@ void OutputLoop(const OutputStage* st, const typename X::T* buf, typename X::T* 
     // that one block writes no longer stay in the first-level cache until the
     // next block writes their neighbours: then blocks store together.
     if (st->lengthM >= 256 && st->laneBlocks % kLineGroups == 0) {
+        // Whole, aligned lines of a large dst go past the caches.
+        if (static_cast<int64_t>(st->length) * static_cast<int64_t>(sizeof(typename X::T)) >= kStreamDstBytes &&
+            reinterpret_cast<uintptr_t>(dst) % 64 == 0) {
+            for (int A = 0; A < st->laneBlocks; A += kLineGroups)
+                OutputBlocksWide<X, LanesWide<LanesStream<X>, kLineGroups>, F>(buf, table, dst, A, st->lengthM,
+                                                                              st->top);
+            _mm_sfence();
+            return;
+        }
         for (int A = 0; A < st->laneBlocks; A += kLineGroups)
             OutputBlocksWide<X, Wide<X>, F>(buf, table, dst, A, st->lengthM, st->top);
         return;

@@ -9,6 +9,12 @@
 
 #define TQF_INLINE inline __attribute__((always_inline))
 
+// A hint to bring the line holding p into the caches; it never faults.
+template <class T>
+TQF_INLINE void Prefetch(const T* p) {
+    _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0);
+}
+
 struct LanesF32 {
     typedef float T;
     typedef __m128 V;
@@ -31,6 +37,9 @@ struct LanesF32 {
     static TQF_INLINE void storeDown(T* p, V v) {
         _mm_storeu_ps(p - 3, _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 1, 2, 3)));
     }
+    // Cache-bypassing stores, 16-byte aligned p (storeDown: p - 3).
+    static TQF_INLINE void stream(T* p, V v) { _mm_stream_ps(p, v); }
+    static TQF_INLINE void streamDown(T* p, V v) { _mm_stream_ps(p - 3, _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 1, 2, 3))); }
     // Rows r[0..3] become columns.
     static TQF_INLINE void transpose(V* r) { _MM_TRANSPOSE4_PS(r[0], r[1], r[2], r[3]); }
     // A split table entry holds E cosines then E sines, one per lane.
@@ -57,6 +66,8 @@ struct LanesF64 {
         return _mm_shuffle_pd(v, v, 1);
     }
     static TQF_INLINE void storeDown(T* p, V v) { _mm_storeu_pd(p - 1, _mm_shuffle_pd(v, v, 1)); }
+    static TQF_INLINE void stream(T* p, V v) { _mm_stream_pd(p, v); }
+    static TQF_INLINE void streamDown(T* p, V v) { _mm_stream_pd(p - 1, _mm_shuffle_pd(v, v, 1)); }
     static TQF_INLINE void transpose(V* r) {
         const V a = _mm_unpacklo_pd(r[0], r[1]);
         r[1] = _mm_unpackhi_pd(r[0], r[1]);
@@ -89,8 +100,19 @@ struct LanesScalar {
     static TQF_INLINE V loadEntry(const T* p) { return *p; }
 };
 
-// U neighbouring lane groups as one wide value, so that a split's strided
-// reads and writes take whole 64-byte lines at each address instead of a
+// The same lanes with every store bypassing the caches: for whole lines that
+// will not be read again soon. All addresses must be 16-byte aligned.
+template <class X>
+struct LanesStream : X {
+    typedef typename X::T T;
+    typedef typename X::V V;
+    static TQF_INLINE void store(T* p, V v) { X::stream(p, v); }
+    static TQF_INLINE void storeu(T* p, V v) { X::stream(p, v); }
+    static TQF_INLINE void storeDown(T* p, V v) { X::streamDown(p, v); }
+};
+
+// U neighbouring lane groups as one wide value, so that the output stage's
+// strided writes take whole 64-byte lines at each address instead of a
 // quarter of one. Every operation is the base type's, once per group.
 template <class X, int U>
 struct LanesWide {
