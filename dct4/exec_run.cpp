@@ -185,9 +185,12 @@ void OutputLoop(const OutputStage* st, const typename X::T* buf, typename X::T* 
     // that one block writes no longer stay in the first-level cache until the
     // next block writes their neighbours: then blocks store together.
     if (st->lengthM >= 256 && st->laneBlocks % kLineGroups == 0) {
-        // Whole, aligned lines of a large dst go past the caches.
+        // Whole, aligned lines of a large dst go past the caches; the
+        // descending groups end below top + 1 - n, which must sit on a line
+        // as well (it does not in plans of length 2^k + 1).
         if (static_cast<int64_t>(st->length) * static_cast<int64_t>(sizeof(typename X::T)) >= kStreamDstBytes &&
-            reinterpret_cast<uintptr_t>(dst) % 64 == 0) {
+            reinterpret_cast<uintptr_t>(dst) % 64 == 0 &&
+            (static_cast<int64_t>(st->top) + 1) * static_cast<int64_t>(sizeof(typename X::T)) % 64 == 0) {
             for (int A = 0; A < st->laneBlocks; A += kLineGroups)
                 OutputBlocksWide<X, LanesWide<LanesStream<X>, kLineGroups>, F>(buf, table, dst, A, st->lengthM,
                                                                               st->top);
