@@ -84,19 +84,18 @@ public:
 
 private:
     H twice(H h, int levels) {
-        const tqfgen::Node& n = g_.node(h.id);
+        // Copies, not references: the calls below add nodes.
+        const tqfgen::Node n = g_.node(h.id);
         if (n.op == tqfgen::Op::Mul && levels > 0) {
-            const tqfgen::Node& c = g_.node(n.b);
             std::vector<double> v;
-            for (double x : c.cval) v.push_back(2 * x);
-            const bool neg = h.neg;
-            H r = g_.mul(H{n.a, false}, g_.constant(t_, v));
-            return neg ? -r : r;
+            for (double x : g_.node(n.b).cval) v.push_back(2 * x);
+            const H c = g_.constant(t_, v);
+            const H r = g_.mul(H{n.a, false}, c);
+            return h.neg ? -r : r;
         }
         if ((n.op == tqfgen::Op::Add || n.op == tqfgen::Op::Sub) && levels > 1) {
-            const tqfgen::Node& na = g_.node(n.a);
-            const tqfgen::Node& nb = g_.node(n.b);
-            if (na.op == tqfgen::Op::Mul && nb.op == tqfgen::Op::Mul) {
+            const bool products = g_.node(n.a).op == tqfgen::Op::Mul && g_.node(n.b).op == tqfgen::Op::Mul;
+            if (products) {
                 const H x = twice(H{n.a, false}, levels - 1);
                 const H y = twice(H{n.b, false}, levels - 1);
                 const H r = n.op == tqfgen::Op::Add ? g_.add(x, y) : g_.sub(x, y);

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -89,7 +90,9 @@ public:
 private:
     int intern(Node n);
     int split_gather(const Node& n);
-    std::vector<Node> nodes_;
+    // A deque, not a vector: node() hands out references, and descriptions
+    // hold them while they add nodes; growing a deque at its end moves nothing.
+    std::deque<Node> nodes_;
     std::map<std::string, int> index_;
 };
 
