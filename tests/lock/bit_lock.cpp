@@ -1,0 +1,76 @@
+#include "bit_lock.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <iomanip>
+#include <sstream>
+
+namespace tqftest {
+
+double lock_input(size_t i) {
+    // 12-bit integers over 1024: exact in float and double alike.
+    const long v = static_cast<long>((i * 7919 + 17) % 4093) - 2046;
+    return static_cast<double>(v) / 1024.0;
+}
+
+uint64_t fnv1a(const void* data, size_t bytes, uint64_t h) {
+    const unsigned char* p = static_cast<const unsigned char*>(data);
+    for (size_t i = 0; i < bytes; ++i) {
+        h ^= p[i];
+        h *= 0x100000001b3ull;
+    }
+    return h;
+}
+
+namespace {
+
+// A 64-byte aligned block with room for an offset.
+struct Block {
+    explicit Block(size_t bytes) : mem(static_cast<unsigned char*>(std::aligned_alloc(64, (bytes + 128) / 64 * 64))) {}
+    ~Block() { std::free(mem); }
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
+    unsigned char* mem;
+};
+
+void fill_input(const LockCase& c, unsigned char* p) {
+    for (size_t i = 0; i < c.in_count; ++i) {
+        const double v = lock_input(i);
+        if (c.elem_size == 4) {
+            const float f = static_cast<float>(v);
+            std::memcpy(p + 4 * i, &f, 4);
+        } else {
+            std::memcpy(p + 8 * i, &v, 8);
+        }
+    }
+}
+
+}  // namespace
+
+std::string digest_case(const LockCase& c, std::string* error) {
+    const size_t in_bytes = c.in_count * c.elem_size, out_bytes = c.out_count * c.elem_size;
+    const size_t room = (in_bytes > out_bytes ? in_bytes : out_bytes) + 64;
+    Block src(room), dst(room);
+    uint64_t h = 0xcbf29ce484222325ull;
+    // {src offset, dst offset, in place}
+    const struct { size_t s, d; bool same; } runs[] = {
+        {0, 0, false}, {c.elem_size, 0, false}, {0, c.elem_size, false}, {0, 0, true}, {c.elem_size, c.elem_size, true}};
+    for (const auto& r : runs) {
+        unsigned char* s = src.mem + r.s;
+        unsigned char* d = r.same ? s : dst.mem + r.d;
+        std::memset(src.mem, 0x5a, room);
+        std::memset(dst.mem, 0x5a, room);
+        fill_input(c, s);
+        const int st = c.run(s, d);
+        if (st != 0) {
+            *error = c.key + ": status " + std::to_string(st);
+            return {};
+        }
+        h = fnv1a(d, out_bytes, h);
+    }
+    std::ostringstream o;
+    o << std::hex << std::setw(16) << std::setfill('0') << h;
+    return o.str();
+}
+
+}  // namespace tqftest
