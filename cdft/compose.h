@@ -89,7 +89,7 @@ Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance) {
         if (!gt)
             for (int k1 = 0; k1 < NA; ++k1)
                 if (!free_column(k1, N, NB).free)
-                    Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir),
+                    Y[b][k1] = tqfgen::twiddle(a, Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir),
                                          t.right->leaf());
     }
     Vec<A> X(N);

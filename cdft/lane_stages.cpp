@@ -12,7 +12,7 @@ using tqfgen::Handle;
 using tqfgen::Root;
 using tqfgen::Ty;
 
-Cx lane_cmul(LaneAlg& a, Cx x, const std::vector<Root>& w) {
+Cx lane_cmul(tqfgen::SplitAlg& a, Cx x, const std::vector<Root>& w) {
     std::vector<double> wr(4, 1.0), wi(4, 0.0);
     for (size_t l = 0; l < w.size() && l < 4; ++l) {
         wr[l] = static_cast<double>(w[l].real());
@@ -22,7 +22,7 @@ Cx lane_cmul(LaneAlg& a, Cx x, const std::vector<Root>& w) {
             a.add_r(a.mul_lanes(x.re, wi), a.mul_lanes(x.im, wr))};
 }
 
-Cx gather_lanes(LaneAlg& a, const std::vector<LaneVal>& v) {
+Cx gather_lanes(tqfgen::SplitAlg& a, const std::vector<LaneVal>& v) {
     tqfgen::Graph& g = a.graph();
     bool all_loads = true, any = false, twiddled = false;
     for (const LaneVal& x : v) {
@@ -57,7 +57,7 @@ Cx gather_lanes(LaneAlg& a, const std::vector<LaneVal>& v) {
     return lane_cmul(a, x, w);
 }
 
-std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
+std::vector<std::vector<LaneVal>> run_stages(tqfgen::SplitAlg& a, const Tree& t,
                                              const std::vector<std::vector<LaneVal>>& inst, int dir, bool spread) {
     std::vector<std::vector<LaneVal>> out(inst.size());
     if (t.leaf() || !spread) {
@@ -111,7 +111,7 @@ std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
     return out;
 }
 
-std::vector<LaneVal> multiply_in_place(LaneAlg& a, const std::vector<LaneVal>& v, const std::vector<Root>& w) {
+std::vector<LaneVal> multiply_in_place(tqfgen::SplitAlg& a, const std::vector<LaneVal>& v, const std::vector<Root>& w) {
     // Registers by identity, and which value sits in which of their lanes.
     using Key = std::tuple<int, bool, int, bool>;
     std::map<Key, std::vector<int>> regs;

@@ -120,7 +120,7 @@ V blocks_then_four(PairAlg& a, const V& x, int dir) {
         V in;
         for (int i = 0; i < A; ++i) in.push_back(x[4 * i + b]);
         Y[b] = A == 8 ? eight_form(a, in, dir, b > 0) : sixteen_form(a, in, dir, b > 0, b % 2 == 1);
-        for (int k1 = 0; k1 < A; ++k1) Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(long(b) * k1, N, dir));
+        for (int k1 = 0; k1 < A; ++k1) Y[b][k1] = tqfgen::twiddle(a, Y[b][k1], tqfgen::unit_root(long(b) * k1, N, dir));
     }
     V X(N);
     for (int k1 = 0; k1 < A; ++k1) {

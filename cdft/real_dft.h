@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "compose.h"
-#include "lane_alg.h"
+#include "algebra.h"
 
 namespace tqfcdft {
 
 // X[k] = sum_n x[n] exp(dir 2 pi i nk/n) of a real x (imaginary parts zero);
 // the bins above n/2 are conjugates of the lower ones.
-inline std::vector<tqfgen::Cx> real_input_dft(LaneAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& x, int dir) {
+inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& x, int dir) {
     const int N = t.size;
     std::vector<tqfgen::Cx> X(N);
     std::vector<bool> set(N, false);
@@ -34,7 +34,7 @@ inline std::vector<tqfgen::Cx> real_input_dft(LaneAlg& a, const Tree& t, const s
         for (int k1 = 0; 2 * k1 <= NA; ++k1) {
             std::vector<tqfgen::Cx> in;
             for (int b = 0; b < NB; ++b)
-                in.push_back(gt ? Y[b][k1] : a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir)));
+                in.push_back(gt ? Y[b][k1] : tqfgen::twiddle(a, Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir)));
             const std::vector<tqfgen::Cx> Z = k1 == 0 ? real_input_dft(a, *t.right, in, dir) : eval_tree(a, *t.right, in, dir);
             for (int k2 = 0; k2 < NB; ++k2) {
                 if (k1 == 0 && 2 * k2 > NB) continue;  // conjugates of the block's own lower bins
@@ -54,7 +54,7 @@ inline std::vector<tqfgen::Cx> real_input_dft(LaneAlg& a, const Tree& t, const s
 
 // Real parts of x[t] = sum_k F[k] exp(dir 2 pi i kt/n) for a Hermitian F
 // (F[n-k] the conjugate of F[k]); the result has no imaginary parts.
-inline std::vector<tqfgen::Cx> real_output_dft(LaneAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F, int dir) {
+inline std::vector<tqfgen::Cx> real_output_dft(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F, int dir) {
     const int N = t.size;
     std::vector<tqfgen::Cx> x(N);
     if (t.leaf()) {
@@ -73,7 +73,7 @@ inline std::vector<tqfgen::Cx> real_output_dft(LaneAlg& a, const Tree& t, const 
         T[b] = b == 0 ? real_output_dft(a, *t.left, in, dir) : eval_tree(a, *t.left, in, dir);
         if (!gt)
             for (int k1 = 0; k1 < NA; ++k1)
-                T[b][k1] = a.twiddle(T[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
+                T[b][k1] = tqfgen::twiddle(a, T[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
     }
     for (int b = 1; b < NB; ++b)
         if (2 * b > NB) {

@@ -30,7 +30,7 @@ std::shared_ptr<const Tree> real_lane_chain(int p) {
     return parse_tree(it->second);
 }
 
-Halves direct_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
+Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
     const int m = (p - 1) / 2;
     std::vector<Handle> s(m + 1), d(m + 1);
     for (int i = 1; i <= m; ++i) {
@@ -55,7 +55,7 @@ Halves direct_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
     return h;
 }
 
-Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, const Tree& chain) {
+Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, const Tree& chain) {
     // Every lane holds a real sequence, whose inverse transform is the
     // conjugate of its forward one: the cosine and sine halves are the same
     // in both directions and only the crossing stage looks at dir. So the
@@ -108,12 +108,12 @@ Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, const Tree&
     return h;
 }
 
-Halves prime_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
+Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
     if (p == 7 || p == 11) return direct_halves(a, p, x);
     return rader_halves(a, p, x, *real_lane_chain(p));
 }
 
-std::vector<Cx> real_lane_block(LaneAlg& a, int p, const std::vector<Cx>& x, int dir) {
+std::vector<Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<Cx>& x, int dir) {
     std::vector<Handle> xr(p), xi(p);
     bool any_re = false, any_im = false;
     for (int n = 0; n < p; ++n) {
