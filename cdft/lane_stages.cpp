@@ -80,33 +80,30 @@ std::vector<std::vector<LaneVal>> run_stages(tqfgen::SplitAlg& a, const Tree& t,
         }
         return out;
     }
-    const int NA = t.left->size, NB = t.right->size, N = t.size;
-    const bool gt = t.op == 'G';
+    const NodeWalk w(t);
     std::vector<std::vector<LaneVal>> left_in;
     for (const auto& x : inst)
-        for (int b = 0; b < NB; ++b) {
+        for (int b = 0; b < w.B; ++b) {
             std::vector<LaneVal> in;
-            for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+            for (int i = 0; i < w.A; ++i) in.push_back(x[w.input(b, i)]);
             left_in.push_back(in);
         }
     std::vector<std::vector<LaneVal>> Y = run_stages(a, *t.left, left_in, dir, false);
-    if (!gt)
+    if (w.twiddled)
         for (size_t j = 0; j < Y.size(); ++j)
-            for (int k1 = 0; k1 < NA; ++k1)
-                Y[j][k1].tw *= tqfgen::unit_root(static_cast<long>(j % NB) * k1, N, dir);
+            for (int k1 = 0; k1 < w.A; ++k1) Y[j][k1].tw *= w.twiddle(static_cast<int>(j % w.B), k1, dir);
     std::vector<std::vector<LaneVal>> right_in;
     for (size_t i = 0; i < inst.size(); ++i)
-        for (int k1 = 0; k1 < NA; ++k1) {
+        for (int k1 = 0; k1 < w.A; ++k1) {
             std::vector<LaneVal> in;
-            for (int b = 0; b < NB; ++b) in.push_back(Y[i * NB + b][k1]);
+            for (int b = 0; b < w.B; ++b) in.push_back(Y[i * w.B + b][k1]);
             right_in.push_back(in);
         }
     const std::vector<std::vector<LaneVal>> Z = run_stages(a, *t.right, right_in, dir, false);
     for (size_t i = 0; i < inst.size(); ++i) {
-        out[i].resize(N);
-        for (int k1 = 0; k1 < NA; ++k1)
-            for (int k2 = 0; k2 < NB; ++k2)
-                out[i][gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[i * NA + k1][k2];
+        out[i].resize(w.N);
+        for (int k1 = 0; k1 < w.A; ++k1)
+            for (int k2 = 0; k2 < w.B; ++k2) out[i][w.output(k1, k2)] = Z[i * w.A + k1][k2];
     }
     return out;
 }

@@ -22,23 +22,22 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         X = eval_tree(a, t, x, dir);
         for (int k = 0; k <= N / 2; ++k) set[k] = true;
     } else {
-        const int NA = t.left->size, NB = t.right->size;
-        const bool gt = t.op == 'G';
-        std::vector<std::vector<tqfgen::Cx>> Y(NB);
-        for (int b = 0; b < NB; ++b) {
+        const NodeWalk w(t);
+        std::vector<std::vector<tqfgen::Cx>> Y(w.B);
+        for (int b = 0; b < w.B; ++b) {
             std::vector<tqfgen::Cx> in;
-            for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+            for (int i = 0; i < w.A; ++i) in.push_back(x[w.input(b, i)]);
             Y[b] = real_input_dft(a, *t.left, in, dir);
         }
-        // Blocks k1 > NA/2 mirror blocks NA - k1: never formed.
-        for (int k1 = 0; 2 * k1 <= NA; ++k1) {
+        // Blocks k1 > A/2 mirror blocks A - k1: never formed.
+        for (int k1 = 0; 2 * k1 <= w.A; ++k1) {
             std::vector<tqfgen::Cx> in;
-            for (int b = 0; b < NB; ++b)
-                in.push_back(gt ? Y[b][k1] : tqfgen::twiddle(a, Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir)));
+            for (int b = 0; b < w.B; ++b)
+                in.push_back(w.twiddled ? tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir)) : Y[b][k1]);
             const std::vector<tqfgen::Cx> Z = k1 == 0 ? real_input_dft(a, *t.right, in, dir) : eval_tree(a, *t.right, in, dir);
-            for (int k2 = 0; k2 < NB; ++k2) {
-                if (k1 == 0 && 2 * k2 > NB) continue;  // conjugates of the block's own lower bins
-                const int k = gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2;
+            for (int k2 = 0; k2 < w.B; ++k2) {
+                if (k1 == 0 && 2 * k2 > w.B) continue;  // conjugates of the block's own lower bins
+                const int k = w.output(k1, k2);
                 X[k] = Z[k2];
                 set[k] = true;
             }
@@ -62,29 +61,27 @@ inline std::vector<tqfgen::Cx> real_output_dft(tqfgen::SplitAlg& a, const Tree& 
         for (auto& v : x) v.im = tqfgen::Handle{};
         return x;
     }
-    const int NA = t.left->size, NB = t.right->size;
-    const bool gt = t.op == 'G';
-    std::vector<std::vector<tqfgen::Cx>> T(NB);
-    // First-stage blocks b > NB/2 give the conjugates of blocks NB - b (after
+    const NodeWalk w(t);
+    std::vector<std::vector<tqfgen::Cx>> T(w.B);
+    // First-stage blocks b > B/2 give the conjugates of blocks B - b (after
     // the twiddles): never formed. Block 0 has a Hermitian input.
-    for (int b = 0; 2 * b <= NB; ++b) {
+    for (int b = 0; 2 * b <= w.B; ++b) {
         std::vector<tqfgen::Cx> in;
-        for (int i = 0; i < NA; ++i) in.push_back(F[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+        for (int i = 0; i < w.A; ++i) in.push_back(F[w.input(b, i)]);
         T[b] = b == 0 ? real_output_dft(a, *t.left, in, dir) : eval_tree(a, *t.left, in, dir);
-        if (!gt)
-            for (int k1 = 0; k1 < NA; ++k1)
-                T[b][k1] = tqfgen::twiddle(a, T[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
+        if (w.twiddled)
+            for (int k1 = 0; k1 < w.A; ++k1) T[b][k1] = tqfgen::twiddle(a, T[b][k1], w.twiddle(b, k1, dir));
     }
-    for (int b = 1; b < NB; ++b)
-        if (2 * b > NB) {
-            T[b].resize(NA);
-            for (int k1 = 0; k1 < NA; ++k1) T[b][k1] = a.conj(T[NB - b][k1]);
+    for (int b = 1; b < w.B; ++b)
+        if (2 * b > w.B) {
+            T[b].resize(w.A);
+            for (int k1 = 0; k1 < w.A; ++k1) T[b][k1] = a.conj(T[w.B - b][k1]);
         }
-    for (int k1 = 0; k1 < NA; ++k1) {
+    for (int k1 = 0; k1 < w.A; ++k1) {
         std::vector<tqfgen::Cx> in;
-        for (int b = 0; b < NB; ++b) in.push_back(T[b][k1]);
+        for (int b = 0; b < w.B; ++b) in.push_back(T[b][k1]);
         const std::vector<tqfgen::Cx> Z = real_output_dft(a, *t.right, in, dir);
-        for (int k2 = 0; k2 < NB; ++k2) x[gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[k2];
+        for (int k2 = 0; k2 < w.B; ++k2) x[w.output(k1, k2)] = Z[k2];
     }
     return x;
 }
