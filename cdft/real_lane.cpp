@@ -49,8 +49,9 @@ Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
             A = a.add_r(A, a.mul_r(s[i], w.real()));
             B = a.add_r(B, a.mul_r(d[i], w.imag()));
         }
-        h.A[k] = A;
-        h.B[k] = B;
+        // Each row is one linear combination: rounded once when widened.
+        h.A[k] = a.settle_r(A);
+        h.B[k] = a.settle_r(B);
     }
     return h;
 }
@@ -76,17 +77,17 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     // folded into it makes that spectrum Hermitian too). Bin m is real and
     // takes its kernel's magnitude alone.
     std::vector<Cx> Fc(N), Fs(N);
-    Fc[0] = Cx{a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N)), Handle{}};
+    Fc[0] = Cx{a.settle_r(a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N))), Handle{}};
     for (int k = 1; k < m; ++k) {
         const Root kk = k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1);
-        const Cx Z = {a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
-                      a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))};
+        const Cx Z = a.settle({a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
+                               a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))});
         auto& F = k % 2 == 0 ? Fc : Fs;
         F[k] = Z;
         F[N - k] = a.conj(Z);
     }
-    if (m % 2 == 0) Fc[m] = Cx{a.mul_r(Y[m].re, K.bin[m].real()), Handle{}};
-    else Fs[m] = Cx{a.mul_r(Y[m].re, K.bin[m].imag()), Handle{}};
+    if (m % 2 == 0) Fc[m] = Cx{a.settle_r(a.mul_r(Y[m].re, K.bin[m].real())), Handle{}};
+    else Fs[m] = Cx{a.settle_r(a.mul_r(Y[m].re, K.bin[m].imag())), Handle{}};
     // C and -S are the real outputs of the unscaled inverse, by the chain
     // backwards; only t = 0..m-1 are used.
     const auto inv = mirror_tree(chain);
