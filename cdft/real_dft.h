@@ -1,4 +1,5 @@
-// Transforms of real sequences over lane registers: a real-input transform
+// Transforms of real sequences over the split algebra (any register type,
+// scalar float with widening included): a real-input transform
 // that forms only the bins it cannot take as conjugates of others, and a
 // real-output transform of a Hermitian spectrum that forms only real parts.
 // Both follow a factor tree; a block whose inputs or outputs mirror those of
@@ -7,8 +8,9 @@
 
 #include <vector>
 
-#include "compose.h"
 #include "algebra.h"
+#include "compose.h"
+#include "walk.h"
 
 namespace tqfcdft {
 

@@ -1,7 +1,8 @@
-// Real-lane prime programs: a real-coefficient program that every lane runs
-// on its own real sequence (the real parts, or the imaginary parts, of the
-// data), and the crossing stage where the two sequences of a complex input
-// finally meet.
+// Real prime programs: a real-coefficient program that every lane runs on
+// its own real sequence (the real parts, or the imaginary parts, of the
+// data; or one scalar real sequence), and the crossing stage where the two
+// sequences of a complex input finally meet. Over the split algebra, so the
+// same code builds the scalar double and the widened scalar float programs.
 //
 // Both the symmetric direct form (7, 11) and Rader's algorithm in its
 // real-lane form give, per real sequence, the bin-0 sum and for k = 1..m
