@@ -1,6 +1,6 @@
 // Composition of blocks by a factor tree, every lane running the same
-// transform: index maps of Good-Thomas and Cooley-Tukey nodes, twiddles
-// uniform over the lanes (so their special forms apply).
+// transform: the node's index maps from the walker, twiddles uniform over
+// the lanes (so their special forms apply).
 #pragma once
 
 #include <string>
@@ -9,17 +9,9 @@
 #include "algebra.h"
 #include "blocks.h"
 #include "tree.h"
+#include "walk.h"
 
 namespace tqfcdft {
-
-// Good-Thomas input index of element a of block b, for N = A * B.
-inline int gt_input(int a, int b, int A, int B) { return (B * a + A * b) % (A * B); }
-// Good-Thomas output index of bin k1 of the A-blocks and bin k2 of the B-blocks.
-inline int gt_output(int k1, int k2, int A, int B) {
-    for (int k = 0; k < A * B; ++k)
-        if (k % A == k1 && k % B == k2) return k;
-    return -1;
-}
 
 // A twiddle column w^b (w = exp(dir 2 pi i k1 / N)) in front of a B-point
 // transform costs nothing when w is plus or minus a B-th root of unity: the
@@ -57,49 +49,64 @@ inline std::string stage_block(const std::string& name, int instance) {
 }
 
 template <class A>
-Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance = 0);
+using In = Input<typename A::C>;
+template <class A>
+using Out = Output<typename A::C>;
+
+template <class A>
+void eval_tree(A& a, const Tree& t, const In<A>& x, const Out<A>& X, int dir, int instance = 0);
 
 // The first stage of a node. In two-lane double factor trees its rotations
 // are folded into addsub when the stage feeds a nested tree (they stay a
 // flip in front of a single block, like the twiddles).
 template <class A>
-Vec<A> eval_left_stage(A& a, const Tree& t, const Vec<A>& in, int dir) {
+void eval_left_stage(A& a, const Tree& t, const In<A>& x, const Out<A>& Y, int dir) {
     if constexpr (std::is_same_v<A, tqfgen::PairAlg>) {
         if (a.flip_join_into_leaf) {
             const bool saved = a.fold_rotations;
             a.fold_rotations = !t.right->leaf();
-            Vec<A> out = eval_tree(a, *t.left, in, dir);
+            eval_tree(a, *t.left, x, Y, dir);
             a.fold_rotations = saved;
-            return out;
+            return;
         }
     }
-    return eval_tree(a, *t.left, in, dir);
+    eval_tree(a, *t.left, x, Y, dir);
 }
 
+// A leaf is one block; a node runs its first stage, the twiddles (T nodes;
+// free columns left out), and its second stage, which reads each column of
+// the first stage's bins and whose bin k2 may come from a rotated block bin.
 template <class A>
-Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir, int instance) {
-    if (t.leaf()) return block(a, stage_block(t.block, instance), x, dir);
-    const int NA = t.left->size, NB = t.right->size, N = t.size;
-    const bool gt = t.op == 'G';
-    std::vector<Vec<A>> Y(NB);
-    for (int b = 0; b < NB; ++b) {
+void eval_tree(A& a, const Tree& t, const In<A>& x, const Out<A>& X, int dir, int instance) {
+    if (t.leaf()) {
         Vec<A> in;
-        for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
-        Y[b] = eval_left_stage(a, t, in, dir);
-        if (!gt)
-            for (int k1 = 0; k1 < NA; ++k1)
-                if (!free_column(k1, N, NB).free)
-                    Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir),
-                                         t.right->leaf());
+        for (int i = 0; i < t.size; ++i) in.push_back(x(i));
+        const Vec<A> y = block(a, stage_block(t.block, instance), in, dir);
+        for (int k = 0; k < t.size; ++k) X(k, y[k]);
+        return;
     }
-    Vec<A> X(N);
-    for (int k1 = 0; k1 < NA; ++k1) {
-        const FreeColumn f = gt ? FreeColumn{} : free_column(k1, N, NB);
-        Vec<A> in;
-        for (int b = 0; b < NB; ++b) in.push_back(f.alternate && b % 2 ? a.neg(Y[b][k1]) : Y[b][k1]);
-        const Vec<A> Z = eval_tree(a, *t.right, in, dir, k1);
-        for (int k2 = 0; k2 < NB; ++k2) X[gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[(k2 + f.shift) % NB];
+    const NodeWalk w(t);
+    std::vector<Vec<A>> Y(w.B, Vec<A>(w.A));
+    for (int b = 0; b < w.B; ++b) {
+        eval_left_stage(a, t, w.block_input(x, b), write_to(Y[b]), dir);
+        for (int k1 = 0; k1 < w.A; ++k1)
+            if (w.twiddled && !free_column(k1, w.N, w.B).free)
+                Y[b][k1] = tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir), t.right->leaf());
     }
+    for (int k1 = 0; k1 < w.A; ++k1) {
+        const FreeColumn f = w.twiddled ? free_column(k1, w.N, w.B) : FreeColumn{};
+        const In<A> column = [&](int b) { return f.alternate && b % 2 ? a.neg(Y[b][k1]) : Y[b][k1]; };
+        const Out<A> out = w.block_output(X, k1);
+        eval_tree(a, *t.right, column, [&](int k2, const typename A::C& v) { out((k2 + w.B - f.shift) % w.B, v); },
+                  dir, k1);
+    }
+}
+
+// The same over vectors.
+template <class A>
+Vec<A> eval_tree(A& a, const Tree& t, const Vec<A>& x, int dir) {
+    Vec<A> X(t.size);
+    eval_tree(a, t, read_from(x), write_to(X), dir);
     return X;
 }
 

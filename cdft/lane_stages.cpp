@@ -12,7 +12,7 @@ using tqfgen::Handle;
 using tqfgen::Root;
 using tqfgen::Ty;
 
-Cx lane_cmul(LaneAlg& a, Cx x, const std::vector<Root>& w) {
+Cx lane_cmul(tqfgen::SplitAlg& a, Cx x, const std::vector<Root>& w) {
     std::vector<double> wr(4, 1.0), wi(4, 0.0);
     for (size_t l = 0; l < w.size() && l < 4; ++l) {
         wr[l] = static_cast<double>(w[l].real());
@@ -22,7 +22,7 @@ Cx lane_cmul(LaneAlg& a, Cx x, const std::vector<Root>& w) {
             a.add_r(a.mul_lanes(x.re, wi), a.mul_lanes(x.im, wr))};
 }
 
-Cx gather_lanes(LaneAlg& a, const std::vector<LaneVal>& v) {
+Cx gather_lanes(tqfgen::SplitAlg& a, const std::vector<LaneVal>& v) {
     tqfgen::Graph& g = a.graph();
     bool all_loads = true, any = false, twiddled = false;
     for (const LaneVal& x : v) {
@@ -57,7 +57,7 @@ Cx gather_lanes(LaneAlg& a, const std::vector<LaneVal>& v) {
     return lane_cmul(a, x, w);
 }
 
-std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
+std::vector<std::vector<LaneVal>> run_stages(tqfgen::SplitAlg& a, const Tree& t,
                                              const std::vector<std::vector<LaneVal>>& inst, int dir, bool spread) {
     std::vector<std::vector<LaneVal>> out(inst.size());
     if (t.leaf() || !spread) {
@@ -80,38 +80,35 @@ std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
         }
         return out;
     }
-    const int NA = t.left->size, NB = t.right->size, N = t.size;
-    const bool gt = t.op == 'G';
+    const NodeWalk w(t);
     std::vector<std::vector<LaneVal>> left_in;
     for (const auto& x : inst)
-        for (int b = 0; b < NB; ++b) {
+        for (int b = 0; b < w.B; ++b) {
             std::vector<LaneVal> in;
-            for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+            for (int i = 0; i < w.A; ++i) in.push_back(x[w.input(b, i)]);
             left_in.push_back(in);
         }
     std::vector<std::vector<LaneVal>> Y = run_stages(a, *t.left, left_in, dir, false);
-    if (!gt)
+    if (w.twiddled)
         for (size_t j = 0; j < Y.size(); ++j)
-            for (int k1 = 0; k1 < NA; ++k1)
-                Y[j][k1].tw *= tqfgen::unit_root(static_cast<long>(j % NB) * k1, N, dir);
+            for (int k1 = 0; k1 < w.A; ++k1) Y[j][k1].tw *= w.twiddle(static_cast<int>(j % w.B), k1, dir);
     std::vector<std::vector<LaneVal>> right_in;
     for (size_t i = 0; i < inst.size(); ++i)
-        for (int k1 = 0; k1 < NA; ++k1) {
+        for (int k1 = 0; k1 < w.A; ++k1) {
             std::vector<LaneVal> in;
-            for (int b = 0; b < NB; ++b) in.push_back(Y[i * NB + b][k1]);
+            for (int b = 0; b < w.B; ++b) in.push_back(Y[i * w.B + b][k1]);
             right_in.push_back(in);
         }
     const std::vector<std::vector<LaneVal>> Z = run_stages(a, *t.right, right_in, dir, false);
     for (size_t i = 0; i < inst.size(); ++i) {
-        out[i].resize(N);
-        for (int k1 = 0; k1 < NA; ++k1)
-            for (int k2 = 0; k2 < NB; ++k2)
-                out[i][gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[i * NA + k1][k2];
+        out[i].resize(w.N);
+        for (int k1 = 0; k1 < w.A; ++k1)
+            for (int k2 = 0; k2 < w.B; ++k2) out[i][w.output(k1, k2)] = Z[i * w.A + k1][k2];
     }
     return out;
 }
 
-std::vector<LaneVal> multiply_in_place(LaneAlg& a, const std::vector<LaneVal>& v, const std::vector<Root>& w) {
+std::vector<LaneVal> multiply_in_place(tqfgen::SplitAlg& a, const std::vector<LaneVal>& v, const std::vector<Root>& w) {
     // Registers by identity, and which value sits in which of their lanes.
     using Key = std::tuple<int, bool, int, bool>;
     std::map<Key, std::vector<int>> regs;

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-#include "lane_alg.h"
+#include "algebra.h"
 #include "tree.h"
 
 namespace tqfcdft {
@@ -23,21 +23,21 @@ struct LaneVal {
 
 // Up to four values side by side in one register pair (lane i from value i),
 // pending twiddles applied.
-tqfgen::Cx gather_lanes(LaneAlg& a, const std::vector<LaneVal>& v);
+tqfgen::Cx gather_lanes(tqfgen::SplitAlg& a, const std::vector<LaneVal>& v);
 
 // Full complex product of a register pair by per-lane constants.
-tqfgen::Cx lane_cmul(LaneAlg& a, tqfgen::Cx x, const std::vector<tqfgen::Root>& w);
+tqfgen::Cx lane_cmul(tqfgen::SplitAlg& a, tqfgen::Cx x, const std::vector<tqfgen::Root>& w);
 
 // Several transforms of one tree at once: instances[i] is the input of the
 // i-th. The top node's two stages share the lanes among their like blocks,
 // with lane-varying twiddles between them; nested nodes run inside the lanes
 // with uniform twiddles (as the composite kernels do).
-std::vector<std::vector<LaneVal>> run_stages(LaneAlg& a, const Tree& t,
+std::vector<std::vector<LaneVal>> run_stages(tqfgen::SplitAlg& a, const Tree& t,
                                              const std::vector<std::vector<LaneVal>>& instances, int dir,
                                              bool spread = true);
 
 // Multiplies every register that holds values of `v` by per-lane constants
 // (value i by w[i]), one full complex product per register.
-std::vector<LaneVal> multiply_in_place(LaneAlg& a, const std::vector<LaneVal>& v, const std::vector<tqfgen::Root>& w);
+std::vector<LaneVal> multiply_in_place(tqfgen::SplitAlg& a, const std::vector<LaneVal>& v, const std::vector<tqfgen::Root>& w);
 
 }  // namespace tqfcdft

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "walk.h"
+
 namespace tqfcdft {
 
 using tqfgen::Handle;
@@ -114,18 +116,19 @@ V sixteen_form(PairAlg& a, const V& x, int dir, bool fold_last, bool fold_w8) {
 // odd ones, which reach the rotated pair of the closing four-point blocks,
 // fold their inner eighth-root rotation too.
 V blocks_then_four(PairAlg& a, const V& x, int dir) {
-    const int N = static_cast<int>(x.size()), A = N / 4;
+    const NodeWalk w(static_cast<int>(x.size()) / 4, 4, true);
+    const int A = w.A;
     std::vector<V> Y(4);
     for (int b = 0; b < 4; ++b) {
         V in;
-        for (int i = 0; i < A; ++i) in.push_back(x[4 * i + b]);
+        for (int i = 0; i < A; ++i) in.push_back(x[w.input(b, i)]);
         Y[b] = A == 8 ? eight_form(a, in, dir, b > 0) : sixteen_form(a, in, dir, b > 0, b % 2 == 1);
-        for (int k1 = 0; k1 < A; ++k1) Y[b][k1] = a.twiddle(Y[b][k1], tqfgen::unit_root(long(b) * k1, N, dir));
+        for (int k1 = 0; k1 < A; ++k1) Y[b][k1] = tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir));
     }
-    V X(N);
+    V X(w.N);
     for (int k1 = 0; k1 < A; ++k1) {
         const V Z = dft4(a, {Y[0][k1], Y[1][k1], Y[2][k1], Y[3][k1]}, dir, false);
-        for (int k2 = 0; k2 < 4; ++k2) X[k1 + A * k2] = Z[k2];
+        for (int k2 = 0; k2 < 4; ++k2) X[w.output(k1, k2)] = Z[k2];
     }
     return X;
 }

@@ -54,8 +54,8 @@ void build_planar(tqfgen::Kernel& k, const std::string& tree_text, int dir) {
     if (tree->size != k.length) throw std::runtime_error("tree size differs from length");
     Graph& g = k.g;
     tqfgen::SplitAlg alg(g, Ty::V4F, false);
-    const int NA = tree->left->size, NB = tree->right->size, N = tree->size;
-    const bool gt = tree->op == 'G';
+    const NodeWalk wk(*tree);
+    const int NA = wk.A, NB = wk.B;
 
     // Stage 1: the B instances of the left transform, four to a register.
     std::vector<std::vector<Cx>> Y;  // per group of four instances, NA outputs
@@ -65,7 +65,7 @@ void build_planar(tqfgen::Kernel& k, const std::string& tree_text, int dir) {
             int idx[4];
             for (int l = 0; l < 4; ++l) {
                 const int b = b0 + l;
-                idx[l] = b < NB ? (gt ? gt_input(a, b, NA, NB) : NB * a + b) : -1;
+                idx[l] = b < NB ? wk.input(b, a) : -1;
             }
             in.push_back({g.load_planar(idx, 0), g.load_planar(idx, 1)});
         }
@@ -82,13 +82,13 @@ void build_planar(tqfgen::Kernel& k, const std::string& tree_text, int dir) {
             bool all_one = true;
             for (int l = 0; l < lanes; ++l) {
                 slots.push_back({Y[b / 4][h0 + l], b % 4});
-                w.push_back(tqfgen::unit_root(static_cast<long>(b) * (h0 + l), N, dir));
+                w.push_back(wk.twiddle(b, h0 + l, dir));
                 all_one &= w.back() == Root(1, 0);
             }
             Cx v = gather(g, slots);
-            if (!gt && !all_one) {
+            if (wk.twiddled && !all_one) {
                 v = lane_twiddle(g, v, w);
-            } else if (!gt && lanes < 4) {
+            } else if (wk.twiddled && lanes < 4) {
                 // The untwiddled row of a partial register is cleared beyond
                 // its last block by a multiplication with 1.0 and 0.0.
                 std::vector<double> mask(4, 0.0);
@@ -104,7 +104,7 @@ void build_planar(tqfgen::Kernel& k, const std::string& tree_text, int dir) {
             st.re = Z[k2].re;
             st.im = Z[k2].im;
             for (int l = 0; l < lanes; ++l)
-                st.index[l] = gt ? gt_output(h0 + l, k2, NA, NB) : h0 + l + NA * k2;
+                st.index[l] = wk.output(h0 + l, k2);
             k.planar_out.push_back(st);
         }
     }

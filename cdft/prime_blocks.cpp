@@ -17,29 +17,23 @@ void check(int p) {
 
 }  // namespace
 
-// Planar float lanes: the real program runs on the register of real parts
-// and on the register of imaginary parts, several blocks side by side.
-std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
-    check(p);
-    LaneAlg la(a.graph(), a.data_type());
-    return real_lane_block(la, p, x, dir);
-}
-
 // Two-lane double: one run of the real program covers both components.
 std::vector<tqfgen::Handle> prime_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {
     check(p);
-    LaneAlg la(a.graph(), tqfgen::Ty::V2D);
+    tqfgen::SplitAlg la(a.graph(), tqfgen::Ty::V2D);
     return cross_pairs(a, prime_halves(la, p, x), p, dir);
 }
 
-std::vector<tqfgen::Cx> prime_block(LaneAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
+// Split registers (planar float lanes, or scalars): the real program runs on
+// the real parts and on the imaginary parts, several blocks side by side.
+std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
     check(p);
     return real_lane_block(a, p, x, dir);
 }
 
 std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {
     check(p);
-    LaneAlg la(a.graph(), tqfgen::Ty::V2D);
+    tqfgen::SplitAlg la(a.graph(), tqfgen::Ty::V2D);
     return cross_pairs(a, rader_halves(la, p, x, *real_lane_chain(p)), p, dir);
 }
 

@@ -58,7 +58,7 @@ void build_rader_planar(tqfgen::Kernel& k, int dir) {
     const int p = k.length, N = p - 1;
     const RaderKernel K(p, dir);
     const auto chain = complex_chain(p);
-    LaneAlg a(k.g, Ty::V4F);
+    tqfgen::SplitAlg a(k.g, Ty::V4F);
     std::vector<LaneVal> y(N);
     for (int n = 0; n < N; ++n) y[n].elem = K.pow_g[n];
     const std::vector<LaneVal> Y = run_stages(a, *chain, {y}, dir)[0];
@@ -121,7 +121,7 @@ void build_bluestein_planar(tqfgen::Kernel& k, int dir, const std::vector<Root>&
     // 8-point blocks; 128: 8-point blocks at strides 64, 32, 16, twiddles,
     // 16-point blocks.
     const auto tree = parse_tree(p == 47 ? "(3 G (2 T 2)) T ((2 T 2) T 2)" : "((2 T 2) T 2) T (((2 T 2) T 2) T 2)");
-    LaneAlg a(k.g, Ty::V4F);
+    tqfgen::SplitAlg a(k.g, Ty::V4F);
 
     std::vector<LaneVal> x(M);
     for (int n0 = 0; n0 < p; n0 += 4) {
@@ -169,7 +169,7 @@ void build_bluestein_planar(tqfgen::Kernel& k, int dir, const std::vector<Root>&
 void build_real_lane_pairs(tqfgen::Kernel& k, int dir) {
     const int p = k.length;
     tqfgen::PairAlg pa(k.g);
-    LaneAlg a(k.g, Ty::V2D);
+    tqfgen::SplitAlg a(k.g, Ty::V2D);
     std::vector<Handle> x;
     for (int n = 0; n < p; ++n) x.push_back(k.g.load_pair(n));
     k.pair_out = cross_pairs(pa, prime_halves(a, p, x), p, dir);

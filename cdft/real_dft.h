@@ -1,4 +1,5 @@
-// Transforms of real sequences over lane registers: a real-input transform
+// Transforms of real sequences over the split algebra (any register type,
+// scalar float with widening included): a real-input transform
 // that forms only the bins it cannot take as conjugates of others, and a
 // real-output transform of a Hermitian spectrum that forms only real parts.
 // Both follow a factor tree; a block whose inputs or outputs mirror those of
@@ -7,14 +8,15 @@
 
 #include <vector>
 
+#include "algebra.h"
 #include "compose.h"
-#include "lane_alg.h"
+#include "walk.h"
 
 namespace tqfcdft {
 
 // X[k] = sum_n x[n] exp(dir 2 pi i nk/n) of a real x (imaginary parts zero);
 // the bins above n/2 are conjugates of the lower ones.
-inline std::vector<tqfgen::Cx> real_input_dft(LaneAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& x, int dir) {
+inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& x, int dir) {
     const int N = t.size;
     std::vector<tqfgen::Cx> X(N);
     std::vector<bool> set(N, false);
@@ -22,23 +24,22 @@ inline std::vector<tqfgen::Cx> real_input_dft(LaneAlg& a, const Tree& t, const s
         X = eval_tree(a, t, x, dir);
         for (int k = 0; k <= N / 2; ++k) set[k] = true;
     } else {
-        const int NA = t.left->size, NB = t.right->size;
-        const bool gt = t.op == 'G';
-        std::vector<std::vector<tqfgen::Cx>> Y(NB);
-        for (int b = 0; b < NB; ++b) {
+        const NodeWalk w(t);
+        std::vector<std::vector<tqfgen::Cx>> Y(w.B);
+        for (int b = 0; b < w.B; ++b) {
             std::vector<tqfgen::Cx> in;
-            for (int i = 0; i < NA; ++i) in.push_back(x[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+            for (int i = 0; i < w.A; ++i) in.push_back(x[w.input(b, i)]);
             Y[b] = real_input_dft(a, *t.left, in, dir);
         }
-        // Blocks k1 > NA/2 mirror blocks NA - k1: never formed.
-        for (int k1 = 0; 2 * k1 <= NA; ++k1) {
+        // Blocks k1 > A/2 mirror blocks A - k1: never formed.
+        for (int k1 = 0; 2 * k1 <= w.A; ++k1) {
             std::vector<tqfgen::Cx> in;
-            for (int b = 0; b < NB; ++b)
-                in.push_back(gt ? Y[b][k1] : a.twiddle(Y[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir)));
+            for (int b = 0; b < w.B; ++b)
+                in.push_back(w.twiddled ? tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir)) : Y[b][k1]);
             const std::vector<tqfgen::Cx> Z = k1 == 0 ? real_input_dft(a, *t.right, in, dir) : eval_tree(a, *t.right, in, dir);
-            for (int k2 = 0; k2 < NB; ++k2) {
-                if (k1 == 0 && 2 * k2 > NB) continue;  // conjugates of the block's own lower bins
-                const int k = gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2;
+            for (int k2 = 0; k2 < w.B; ++k2) {
+                if (k1 == 0 && 2 * k2 > w.B) continue;  // conjugates of the block's own lower bins
+                const int k = w.output(k1, k2);
                 X[k] = Z[k2];
                 set[k] = true;
             }
@@ -54,7 +55,7 @@ inline std::vector<tqfgen::Cx> real_input_dft(LaneAlg& a, const Tree& t, const s
 
 // Real parts of x[t] = sum_k F[k] exp(dir 2 pi i kt/n) for a Hermitian F
 // (F[n-k] the conjugate of F[k]); the result has no imaginary parts.
-inline std::vector<tqfgen::Cx> real_output_dft(LaneAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F, int dir) {
+inline std::vector<tqfgen::Cx> real_output_dft(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F, int dir) {
     const int N = t.size;
     std::vector<tqfgen::Cx> x(N);
     if (t.leaf()) {
@@ -62,29 +63,27 @@ inline std::vector<tqfgen::Cx> real_output_dft(LaneAlg& a, const Tree& t, const 
         for (auto& v : x) v.im = tqfgen::Handle{};
         return x;
     }
-    const int NA = t.left->size, NB = t.right->size;
-    const bool gt = t.op == 'G';
-    std::vector<std::vector<tqfgen::Cx>> T(NB);
-    // First-stage blocks b > NB/2 give the conjugates of blocks NB - b (after
+    const NodeWalk w(t);
+    std::vector<std::vector<tqfgen::Cx>> T(w.B);
+    // First-stage blocks b > B/2 give the conjugates of blocks B - b (after
     // the twiddles): never formed. Block 0 has a Hermitian input.
-    for (int b = 0; 2 * b <= NB; ++b) {
+    for (int b = 0; 2 * b <= w.B; ++b) {
         std::vector<tqfgen::Cx> in;
-        for (int i = 0; i < NA; ++i) in.push_back(F[gt ? gt_input(i, b, NA, NB) : NB * i + b]);
+        for (int i = 0; i < w.A; ++i) in.push_back(F[w.input(b, i)]);
         T[b] = b == 0 ? real_output_dft(a, *t.left, in, dir) : eval_tree(a, *t.left, in, dir);
-        if (!gt)
-            for (int k1 = 0; k1 < NA; ++k1)
-                T[b][k1] = a.twiddle(T[b][k1], tqfgen::unit_root(static_cast<long>(b) * k1, N, dir));
+        if (w.twiddled)
+            for (int k1 = 0; k1 < w.A; ++k1) T[b][k1] = tqfgen::twiddle(a, T[b][k1], w.twiddle(b, k1, dir));
     }
-    for (int b = 1; b < NB; ++b)
-        if (2 * b > NB) {
-            T[b].resize(NA);
-            for (int k1 = 0; k1 < NA; ++k1) T[b][k1] = a.conj(T[NB - b][k1]);
+    for (int b = 1; b < w.B; ++b)
+        if (2 * b > w.B) {
+            T[b].resize(w.A);
+            for (int k1 = 0; k1 < w.A; ++k1) T[b][k1] = a.conj(T[w.B - b][k1]);
         }
-    for (int k1 = 0; k1 < NA; ++k1) {
+    for (int k1 = 0; k1 < w.A; ++k1) {
         std::vector<tqfgen::Cx> in;
-        for (int b = 0; b < NB; ++b) in.push_back(T[b][k1]);
+        for (int b = 0; b < w.B; ++b) in.push_back(T[b][k1]);
         const std::vector<tqfgen::Cx> Z = real_output_dft(a, *t.right, in, dir);
-        for (int k2 = 0; k2 < NB; ++k2) x[gt ? gt_output(k1, k2, NA, NB) : k1 + NA * k2] = Z[k2];
+        for (int k2 = 0; k2 < w.B; ++k2) x[w.output(k1, k2)] = Z[k2];
     }
     return x;
 }

@@ -30,7 +30,7 @@ std::shared_ptr<const Tree> real_lane_chain(int p) {
     return parse_tree(it->second);
 }
 
-Halves direct_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
+Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
     const int m = (p - 1) / 2;
     std::vector<Handle> s(m + 1), d(m + 1);
     for (int i = 1; i <= m; ++i) {
@@ -49,13 +49,14 @@ Halves direct_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
             A = a.add_r(A, a.mul_r(s[i], w.real()));
             B = a.add_r(B, a.mul_r(d[i], w.imag()));
         }
-        h.A[k] = A;
-        h.B[k] = B;
+        // Each row is one linear combination: rounded once when widened.
+        h.A[k] = a.settle_r(A);
+        h.B[k] = a.settle_r(B);
     }
     return h;
 }
 
-Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, const Tree& chain) {
+Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, const Tree& chain) {
     // Every lane holds a real sequence, whose inverse transform is the
     // conjugate of its forward one: the cosine and sine halves are the same
     // in both directions and only the crossing stage looks at dir. So the
@@ -76,17 +77,17 @@ Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, const Tree&
     // folded into it makes that spectrum Hermitian too). Bin m is real and
     // takes its kernel's magnitude alone.
     std::vector<Cx> Fc(N), Fs(N);
-    Fc[0] = Cx{a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N)), Handle{}};
+    Fc[0] = Cx{a.settle_r(a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N))), Handle{}};
     for (int k = 1; k < m; ++k) {
         const Root kk = k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1);
-        const Cx Z = {a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
-                      a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))};
+        const Cx Z = a.settle({a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
+                               a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))});
         auto& F = k % 2 == 0 ? Fc : Fs;
         F[k] = Z;
         F[N - k] = a.conj(Z);
     }
-    if (m % 2 == 0) Fc[m] = Cx{a.mul_r(Y[m].re, K.bin[m].real()), Handle{}};
-    else Fs[m] = Cx{a.mul_r(Y[m].re, K.bin[m].imag()), Handle{}};
+    if (m % 2 == 0) Fc[m] = Cx{a.settle_r(a.mul_r(Y[m].re, K.bin[m].real())), Handle{}};
+    else Fs[m] = Cx{a.settle_r(a.mul_r(Y[m].re, K.bin[m].imag())), Handle{}};
     // C and -S are the real outputs of the unscaled inverse, by the chain
     // backwards; only t = 0..m-1 are used.
     const auto inv = mirror_tree(chain);
@@ -108,12 +109,12 @@ Halves rader_halves(LaneAlg& a, int p, const std::vector<Handle>& x, const Tree&
     return h;
 }
 
-Halves prime_halves(LaneAlg& a, int p, const std::vector<Handle>& x) {
+Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
     if (p == 7 || p == 11) return direct_halves(a, p, x);
     return rader_halves(a, p, x, *real_lane_chain(p));
 }
 
-std::vector<Cx> real_lane_block(LaneAlg& a, int p, const std::vector<Cx>& x, int dir) {
+std::vector<Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<Cx>& x, int dir) {
     std::vector<Handle> xr(p), xi(p);
     bool any_re = false, any_im = false;
     for (int n = 0; n < p; ++n) {

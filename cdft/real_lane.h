@@ -1,7 +1,8 @@
-// Real-lane prime programs: a real-coefficient program that every lane runs
-// on its own real sequence (the real parts, or the imaginary parts, of the
-// data), and the crossing stage where the two sequences of a complex input
-// finally meet.
+// Real prime programs: a real-coefficient program that every lane runs on
+// its own real sequence (the real parts, or the imaginary parts, of the
+// data; or one scalar real sequence), and the crossing stage where the two
+// sequences of a complex input finally meet. Over the split algebra, so the
+// same code builds the scalar double and the widened scalar float programs.
 //
 // Both the symmetric direct form (7, 11) and Rader's algorithm in its
 // real-lane form give, per real sequence, the bin-0 sum and for k = 1..m
@@ -12,7 +13,7 @@
 #include <memory>
 #include <vector>
 
-#include "lane_alg.h"
+#include "algebra.h"
 #include "tree.h"
 
 namespace tqfcdft {
@@ -27,14 +28,14 @@ struct Halves {
 // p - 1 whose factors act in the order of the chain.
 std::shared_ptr<const Tree> real_lane_chain(int p);
 
-Halves direct_halves(LaneAlg& a, int p, const std::vector<tqfgen::Handle>& x);
-Halves rader_halves(LaneAlg& a, int p, const std::vector<tqfgen::Handle>& x, const Tree& chain);
+Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const Tree& chain);
 // The method of the block: direct form for 7 and 11, Rader otherwise.
-Halves prime_halves(LaneAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
 
 // A complex prime block over lane registers: the real program on the real
 // parts and on the imaginary parts, then the crossing.
-std::vector<tqfgen::Cx> real_lane_block(LaneAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
+std::vector<tqfgen::Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
 
 // Crossing stage of the two-lane double form, where one register holds
 // [re, im] and the halves came from one run on both lanes: one addsub per

@@ -29,34 +29,33 @@ int eighth_turn(Root w) {
     return -1;
 }
 
-SplitAlg::C SplitAlg::twiddle(C x, Root w, bool) {
-    switch (eighth_turn(w)) {
-    case 0: return x;
-    case 2: return mul_i(x, +1);
-    case 4: return neg(x);
-    case 6: return mul_i(x, -1);
-    case 7: return mul_real(add(x, mul_i(x, -1)), std::sqrt(0.5L));  // (1 - i)/sqrt2
-    case 1: return mul_real(add(x, mul_i(x, +1)), std::sqrt(0.5L));  // (1 + i)/sqrt2
-    case 3: return neg(mul_real(add(x, mul_i(x, -1)), std::sqrt(0.5L)));
-    case 5: return neg(mul_real(add(x, mul_i(x, +1)), std::sqrt(0.5L)));
-    default: break;
+// Doubles a sum of products by doubling its constants, so that the factor 2
+// of x + x costs nothing; looks through a rounding (the products of a
+// widened combination sit under its narrowing).
+Handle SplitAlg::twice(Handle h, int levels) {
+    // Copies, not references: the calls below add nodes.
+    const Node n = g_.node(h.id);
+    if (n.op == Op::Narrow) {
+        const Handle r = g_.narrow(twice(Handle{n.a, false}, levels));
+        return h.neg ? -r : r;
     }
-    const long double wr = w.real(), wi = w.imag();
-    return {add_r(mul_r(x.re, wr), -mul_r(x.im, wi)), add_r(mul_r(x.re, wi), mul_r(x.im, wr))};
-}
-
-PairAlg::C PairAlg::twiddle(C x, Root w, bool into_leaf) {
-    switch (eighth_turn(w)) {
-    case 0: return x;
-    case 2: return mul_i(x, +1);
-    case 4: return neg(x);
-    case 6: return mul_i(x, -1);
-    case 7: return w8(x);
-    case 1: return w8conj(x);
-    case 3: return neg(w8(x));
-    case 5: return neg(w8conj(x));
-    default: return cmul(x, w, into_leaf && flip_join_into_leaf);
+    if (n.op == Op::Mul && levels > 0) {
+        std::vector<double> v;
+        for (double x : g_.node(n.b).cval) v.push_back(2 * x);
+        const Handle c = g_.constant(g_.node(n.b).ty, v);
+        const Handle r = g_.mul(Handle{n.a, false}, c);
+        return h.neg ? -r : r;
     }
+    if ((n.op == Op::Add || n.op == Op::Sub) && levels > 1) {
+        const bool products = g_.node(n.a).op == Op::Mul && g_.node(n.b).op == Op::Mul;
+        if (products) {
+            const Handle x = twice(Handle{n.a, false}, levels - 1);
+            const Handle y = twice(Handle{n.b, false}, levels - 1);
+            const Handle r = n.op == Op::Add ? g_.add(x, y) : g_.sub(x, y);
+            return h.neg ? -r : r;
+        }
+    }
+    return g_.add(h, h);
 }
 
 }  // namespace tqfgen

@@ -1,0 +1,75 @@
+// The walker of a factor tree: the index maps of one node, "A G B"
+// (Good-Thomas) or "A T B" (Cooley-Tukey), N = A B. The node is B
+// first-stage blocks of A points, then (twiddles at T nodes) A second-stage
+// blocks of B points. Every interpreter of trees takes its maps from here.
+//
+// An algorithm is a function from an input accessor (element n) to an output
+// accessor (bin k, value). Accessors only look values up: nodes are created
+// by the algorithms, in their own order, never by an accessor.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "roots.h"
+#include "tree.h"
+
+namespace tqfcdft {
+
+template <class V>
+using Input = std::function<V(int)>;
+template <class V>
+using Output = std::function<void(int, const V&)>;
+
+class NodeWalk {
+public:
+    explicit NodeWalk(const Tree& t) : NodeWalk(t.left->size, t.right->size, t.op == 'T') {}
+    NodeWalk(int a, int b, bool twiddles) : A(a), B(b), N(a * b), twiddled(twiddles) {
+        // Good-Thomas output: k = k1 mod A, k2 mod B, by the Chinese remainder
+        // theorem: k = k1 eA + k2 eB with eA = 1 mod A, 0 mod B, and eB alike.
+        for (int k = 0; k < N; ++k) {
+            if (k % A == 1 % A && k % B == 0) eA_ = k;
+            if (k % A == 0 && k % B == 1 % B) eB_ = k;
+        }
+    }
+
+    const int A, B, N;
+    const bool twiddled;  // T node
+
+    // Element of the node's input read as element i of first-stage block b.
+    int input(int b, int i) const { return twiddled ? B * i + b : (B * i + A * b) % N; }
+    // Exponent e of the twiddle exp(dir 2 pi i e / N) on bin k1 of
+    // first-stage block b; G nodes have none (0).
+    long exponent(int b, int k1) const { return twiddled ? static_cast<long>(b) * k1 : 0; }
+    tqfgen::Root twiddle(int b, int k1, int dir) const { return tqfgen::unit_root(exponent(b, k1), N, dir); }
+    // Element of the node's output written by bin k2 of second-stage block k1.
+    int output(int k1, int k2) const { return twiddled ? k1 + A * k2 : (k1 * eA_ + k2 * eB_) % N; }
+
+    // The input of first-stage block b, read from the node's input.
+    template <class V>
+    Input<V> block_input(const Input<V>& x, int b) const {
+        const NodeWalk w = *this;
+        return [x, w, b](int i) { return x(w.input(b, i)); };
+    }
+    // The output of second-stage block k1, written to the node's output.
+    template <class V>
+    Output<V> block_output(const Output<V>& X, int k1) const {
+        const NodeWalk w = *this;
+        return [X, w, k1](int k2, const V& v) { X(w.output(k1, k2), v); };
+    }
+
+private:
+    int eA_ = 0, eB_ = 0;
+};
+
+// Accessors over a vector.
+template <class V>
+Input<V> read_from(const std::vector<V>& v) {
+    return [&v](int i) { return v[i]; };
+}
+template <class V>
+Output<V> write_to(std::vector<V>& v) {
+    return [&v](int k, const V& x) { v[k] = x; };
+}
+
+}  // namespace tqfcdft

@@ -1,0 +1,102 @@
+// Complex values as two registers of one type, real part and imaginary part:
+// scalar float or double, four float lanes (planar form), or two doubles
+// whose lanes each run the same real-coefficient program (real-lane form).
+//
+// An invalid handle is an exact zero: real-input transforms and zero-padded
+// inputs cost only the operations on non-zero parts, and a value that never
+// reaches an output is dropped by the counter and the emitter alike. For the
+// same reason x - x of one value is an exact zero and x + x is formed with
+// doubled constants: in a real-data program the two members of a conjugate
+// pair meet this way (other programs never add a value to itself).
+//
+// Products: mul_r by a constant that is the same in every lane, where 0 and
+// +-1 are no product; mul_lanes by per-lane constants, where every lane is
+// multiplied, 1.0 and 0.0 included (the packed twiddle stages need exactly
+// that).
+//
+// With widening (scalar float data), every product with a constant is formed
+// in double from the exactly widened value and a double constant, the sums
+// that complete it are done in double, and settle() rounds the finished
+// combination once; sums of float values stay float.
+#pragma once
+
+#include <vector>
+
+#include "roots.h"
+
+namespace tqfgen {
+
+class SplitAlg {
+public:
+    using C = Cx;
+    using H = Handle;
+    SplitAlg(Graph& g, Ty data, bool widen = false) : g_(g), data_(data), widen_(widen) {}
+
+    Graph& graph() { return g_; }
+    Ty data_type() const { return data_; }
+    bool widening() const { return widen_; }
+    // Register type of products with constants.
+    Ty product_type() const { return widen_ ? Ty::F64 : data_; }
+
+    static H zero() { return H{}; }
+
+    H add_r(H a, H b) {
+        if (!a.valid()) return b;
+        if (!b.valid()) return a;
+        if (a.id == b.id) return a.neg != b.neg ? zero() : twice(a, 2);
+        // A float value meeting a widened product joins its combination.
+        if (g_.node(a.id).ty != g_.node(b.id).ty) {
+            if (g_.node(a.id).ty == Ty::F32) a = g_.widen(a);
+            else b = g_.widen(b);
+        }
+        return g_.add(a, b);
+    }
+    H neg_r(H a) { return a.valid() ? -a : a; }
+    H sub_r(H a, H b) { return add_r(a, neg_r(b)); }
+    // Product with a real constant, the same in every lane.
+    H mul_r(H x, long double c) {
+        if (!x.valid() || c == 0) return zero();
+        if (c == 1) return x;
+        if (c == -1) return -x;
+        // Sequenced: the widening is created before the constant.
+        const H w = widened(x);
+        return g_.mul(w, g_.splat(product_type(), static_cast<double>(c)));
+    }
+    // Product with a constant that differs across lanes, stored per lane with
+    // its signs; zero and one lanes are multiplied like the others.
+    H mul_lanes(H x, const std::vector<double>& c) {
+        if (!x.valid()) return zero();
+        const H w = widened(x);
+        return g_.mul(w, g_.constant(product_type(), c, true));
+    }
+    // End of a linear combination: a widened value is rounded once.
+    H settle_r(H a) { return widen_ && a.valid() ? g_.narrow(a) : a; }
+
+    C add(C a, C b) { return {add_r(a.re, b.re), add_r(a.im, b.im)}; }
+    C sub(C a, C b) { return {sub_r(a.re, b.re), sub_r(a.im, b.im)}; }
+    C neg(C a) { return {neg_r(a.re), neg_r(a.im)}; }
+    C conj(C a) { return {a.re, neg_r(a.im)}; }
+    C mul_i(C a, int s) { return s < 0 ? C{a.im, neg_r(a.re)} : C{neg_r(a.im), a.re}; }
+    C mul_real(C a, long double c) { return {mul_r(a.re, c), mul_r(a.im, c)}; }
+    std::pair<C, C> rot_butterfly(C x, C y, int s) {
+        const C r = mul_i(y, s);
+        return {add(x, r), sub(x, r)};
+    }
+    C rot_scale(C a, long double c, int s) { return mul_i(mul_real(a, c), s); }
+    C settle(C a) { return {settle_r(a.re), settle_r(a.im)}; }
+    // Full complex product with a lane-uniform constant, four products.
+    C cmul(C x, Root w, bool = false) {
+        const long double wr = w.real(), wi = w.imag();
+        return {sub_r(mul_r(x.re, wr), mul_r(x.im, wi)), add_r(mul_r(x.re, wi), mul_r(x.im, wr))};
+    }
+
+private:
+    H widened(H x) { return widen_ && g_.node(x.id).ty == Ty::F32 ? g_.widen(x) : x; }
+    H twice(H h, int levels);
+
+    Graph& g_;
+    Ty data_;
+    bool widen_;
+};
+
+}  // namespace tqfgen
