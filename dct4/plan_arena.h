@@ -6,7 +6,10 @@
 
 #include <cstdint>
 
-struct PlanArena {
+// Packed: the caller's block may have any alignment, and the cursor lives in
+// its first bytes; the compiler then reads and writes it as the unaligned
+// word it may be. The size is one pointer either way.
+struct __attribute__((packed)) PlanArena {
     unsigned char* cursor;
 };
 

@@ -17,7 +17,8 @@ const Wht32 kKernels32[13] = {TQF_ROW(32f)};
 const Wht64 kKernels64[13] = {TQF_ROW(64f)};
 #undef TQF_ROW
 
-inline bool bad_order(int order) { return static_cast<unsigned>(order - 1) > 12u; }
+// Unsigned before the subtraction: order - 1 would overflow at INT_MIN.
+inline bool bad_order(int order) { return static_cast<unsigned>(order) - 1u > 12u; }
 
 }  // namespace
 
