@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds and runs the whole test suite twice: x86-64, then i386 (-m32, run
-# under qemu-i386 when the host cannot execute 32-bit code). The i386 build
-# uses the kernel generator of the x86-64 build.
+# Builds and runs the whole test suite three times: x86-64, then i386 (-m32, run
+# under qemu-i386 when the host cannot execute 32-bit code), then x86-64 with
+# the sanitizers. The i386 build uses the kernel generator of the x86-64 build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/deps.sh
@@ -16,3 +16,7 @@ cmake -S . -B build-i386 -DCMAKE_BUILD_TYPE=Release \
       -DTQF_HOST_GENERATOR="$PWD/build/gen/tqfgen_gen"
 cmake --build build-i386 -j"$jobs"
 (cd build-i386 && ctest --output-on-failure -j"$jobs")
+
+# The same suite with AddressSanitizer and UndefinedBehaviorSanitizer
+# (x86-64, no recovery), the generator included.
+./scripts/sanitize.sh
