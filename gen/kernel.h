@@ -49,7 +49,8 @@ struct Kernel {
     std::vector<Handle> pair_out;    // Pair form: N values
     std::vector<PlanarStore> planar_out;
 
-    // Scalar stores, in the order given (all of them after the last load).
+    // Scalar stores. Each is emitted once its value is ready, but never
+    // before the last load, so that src may equal dst.
     void store(int offset, Handle value);  // a pending negation becomes a sign flip
     void store_zero(int offset);
     // Stores the negation of `value` as 0.0 - (value * scale), in the
