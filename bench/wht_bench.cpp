@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "kernel_table.h"
 #include "tqfgen.h"
 
 namespace {
@@ -37,15 +38,14 @@ __attribute__((noinline)) void plain_wht(const T* src, T* dst, int order, T scal
 
 using Fixed32 = tqfStatus (*)(const tqf32f*, tqf32f*, int, unsigned char*);
 using Fixed64 = tqfStatus (*)(const tqf64f*, tqf64f*, int, unsigned char*);
-#define TQF_ROW(S) tqfgWHT_1_##S, tqfgWHT_2_##S, tqfgWHT_3_##S, tqfgWHT_4_##S, tqfgWHT_5_##S, \
-                   tqfgWHT_6_##S, tqfgWHT_7_##S, tqfgWHT_8_##S, tqfgWHT_9_##S, tqfgWHT_10_##S, \
-                   tqfgWHT_11_##S, tqfgWHT_12_##S, tqfgWHT_13_##S
-const Fixed32 kFixed32[13] = {TQF_ROW(32f)};
-const Fixed64 kFixed64[13] = {TQF_ROW(64f)};
-#undef TQF_ROW
-
-Fixed32 fixed(float*, int order) { return kFixed32[order - 1]; }
-Fixed64 fixed(double*, int order) { return kFixed64[order - 1]; }
+// The kernel of `order` in the build's table of exported kernels.
+template <class Rows> auto by_order(const Rows& rows, int order) {
+    for (const auto& r : rows)
+        if (r.size == order) return r.fn;
+    return decltype(rows[0].fn){nullptr};
+}
+Fixed32 fixed(float*, int order) { return by_order(tqftest::table::wht_32f, order); }
+Fixed64 fixed(double*, int order) { return by_order(tqftest::table::wht_64f, order); }
 int buffer_bytes(float*, int order) { int b = 0; tqfgWHTGetBufferSize_32f(order, &b); return b; }
 int buffer_bytes(double*, int order) { int b = 0; tqfgWHTGetBufferSize_64f(order, &b); return b; }
 

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "blocks.h"
+#include "family.h"
 #include "compose.h"
 #include "pair_pow2.h"
 #include "planar.h"
@@ -67,10 +68,12 @@ void build_scalar(tqfgen::Kernel& k, int dir) {
     const bool widen = k.length == 3 || k.length == 5;
     tqfgen::SplitAlg a(k.g, Ty::F32, widen);
     std::vector<tqfgen::Cx> x;
-    for (int n = 0; n < k.length; ++n) x.push_back({k.g.load_scalar(Ty::F32, n, 0), k.g.load_scalar(Ty::F32, n, 1)});
+    for (int n = 0; n < k.length; ++n)
+        x.push_back({k.g.load_scalar(Ty::F32, 2 * n), k.g.load_scalar(Ty::F32, 2 * n + 1)});
+    int offset = 0;  // interleaved: re0, im0, re1, ...
     for (const tqfgen::Cx& v : block(a, std::to_string(k.length), x, dir)) {
-        k.scalar_out.push_back(v.re);
-        k.scalar_out.push_back(v.im);
+        k.store(offset++, v.re);
+        k.store(offset++, v.im);
     }
 }
 
@@ -122,5 +125,17 @@ void build_complex_kernel(tqfgen::Kernel& k, const std::string& family, const st
     }
     k.settle_outputs();
 }
+
+namespace {
+
+// The two complex families of the generator's command line.
+const tqfgen::RegisterFamily kForward("cfwd", [](tqfgen::Kernel& k, const std::string& precision, int length) {
+    build_complex_kernel(k, "cfwd", precision, length);
+});
+const tqfgen::RegisterFamily kInverse("cinv", [](tqfgen::Kernel& k, const std::string& precision, int length) {
+    build_complex_kernel(k, "cinv", precision, length);
+});
+
+}  // namespace
 
 }  // namespace tqfcdft

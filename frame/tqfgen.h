@@ -56,113 +56,19 @@ typedef struct {
 /* Always the same pointer to the same constant record; never fails. */
 TQFAPI const tqfLibVersion* tqfgenGetLibVersion(void);
 
-/* ---- Complex DFT, fixed lengths 2..64: (src, dst, flag) ------------------
- * Forward: X[k] = s sum_n x[n] exp(-2 pi i n k / N); inverse: exponent +.  */
-#define TQF_DECLARE_CDFT(N) \
-    TQFAPI tqfStatus tqfgDFTFwd_CToC_##N##_32fc(const tqf32fc* src, tqf32fc* dst, int flag); \
-    TQFAPI tqfStatus tqfgDFTFwd_CToC_##N##_64fc(const tqf64fc* src, tqf64fc* dst, int flag); \
-    TQFAPI tqfStatus tqfgDFTInv_CToC_##N##_32fc(const tqf32fc* src, tqf32fc* dst, int flag); \
-    TQFAPI tqfStatus tqfgDFTInv_CToC_##N##_64fc(const tqf64fc* src, tqf64fc* dst, int flag);
-TQF_DECLARE_CDFT(2)
-TQF_DECLARE_CDFT(3)
-TQF_DECLARE_CDFT(4)
-TQF_DECLARE_CDFT(5)
-TQF_DECLARE_CDFT(6)
-TQF_DECLARE_CDFT(7)
-TQF_DECLARE_CDFT(8)
-TQF_DECLARE_CDFT(9)
-TQF_DECLARE_CDFT(10)
-TQF_DECLARE_CDFT(11)
-TQF_DECLARE_CDFT(12)
-TQF_DECLARE_CDFT(13)
-TQF_DECLARE_CDFT(14)
-TQF_DECLARE_CDFT(15)
-TQF_DECLARE_CDFT(16)
-TQF_DECLARE_CDFT(17)
-TQF_DECLARE_CDFT(18)
-TQF_DECLARE_CDFT(19)
-TQF_DECLARE_CDFT(20)
-TQF_DECLARE_CDFT(21)
-TQF_DECLARE_CDFT(22)
-TQF_DECLARE_CDFT(23)
-TQF_DECLARE_CDFT(24)
-TQF_DECLARE_CDFT(25)
-TQF_DECLARE_CDFT(26)
-TQF_DECLARE_CDFT(27)
-TQF_DECLARE_CDFT(28)
-TQF_DECLARE_CDFT(29)
-TQF_DECLARE_CDFT(30)
-TQF_DECLARE_CDFT(31)
-TQF_DECLARE_CDFT(32)
-TQF_DECLARE_CDFT(33)
-TQF_DECLARE_CDFT(34)
-TQF_DECLARE_CDFT(35)
-TQF_DECLARE_CDFT(36)
-TQF_DECLARE_CDFT(37)
-TQF_DECLARE_CDFT(38)
-TQF_DECLARE_CDFT(39)
-TQF_DECLARE_CDFT(40)
-TQF_DECLARE_CDFT(41)
-TQF_DECLARE_CDFT(42)
-TQF_DECLARE_CDFT(43)
-TQF_DECLARE_CDFT(44)
-TQF_DECLARE_CDFT(45)
-TQF_DECLARE_CDFT(46)
-TQF_DECLARE_CDFT(47)
-TQF_DECLARE_CDFT(48)
-TQF_DECLARE_CDFT(49)
-TQF_DECLARE_CDFT(50)
-TQF_DECLARE_CDFT(51)
-TQF_DECLARE_CDFT(52)
-TQF_DECLARE_CDFT(53)
-TQF_DECLARE_CDFT(54)
-TQF_DECLARE_CDFT(55)
-TQF_DECLARE_CDFT(56)
-TQF_DECLARE_CDFT(57)
-TQF_DECLARE_CDFT(58)
-TQF_DECLARE_CDFT(59)
-TQF_DECLARE_CDFT(60)
-TQF_DECLARE_CDFT(61)
-TQF_DECLARE_CDFT(62)
-TQF_DECLARE_CDFT(63)
-TQF_DECLARE_CDFT(64)
-#undef TQF_DECLARE_CDFT
-
-/* Generic complex entries: (src, dst, length, flag). A length outside 2..64
- * gives tqfStsBadSize before anything else is looked at; otherwise the call
- * is that of the fixed kernel of the length. */
-TQFAPI tqfStatus tqfgDFTFwd_CToC_32fc(const tqf32fc* src, tqf32fc* dst, int length, int flag);
-TQFAPI tqfStatus tqfgDFTFwd_CToC_64fc(const tqf64fc* src, tqf64fc* dst, int length, int flag);
-TQFAPI tqfStatus tqfgDFTInv_CToC_32fc(const tqf32fc* src, tqf32fc* dst, int length, int flag);
-TQFAPI tqfStatus tqfgDFTInv_CToC_64fc(const tqf64fc* src, tqf64fc* dst, int length, int flag);
+/* ---- The transforms of fixed sizes and their generic entries ------------
+ * Declared family by family from the build's description of the families
+ * (frame/families.txt), in a header that the build writes. A fixed kernel
+ * takes (src, dst, flag), a Walsh-Hadamard one also `buffer`; its generic
+ * entry takes the length or order after dst and tests it before anything
+ * else (tqfStsBadSize), then makes exactly the call of the fixed kernel. */
+#include "tqfgen_kernels.h"
 
 /* ---- Walsh-Hadamard ---- */
-/* Fixed orders 1..13: N = 2^order real elements, natural Hadamard order.
- * Orders 1..7 never touch `buffer`; orders 8..13 work through a 16-byte
- * aligned buffer of tqfgWHTGetBufferSize_* bytes, or allocate one through
- * tqfMalloc for the call when `buffer` is null. */
-#define TQF_DECLARE_WHT(O) \
-    TQFAPI tqfStatus tqfgWHT_##O##_32f(const tqf32f* src, tqf32f* dst, int flag, unsigned char* buffer); \
-    TQFAPI tqfStatus tqfgWHT_##O##_64f(const tqf64f* src, tqf64f* dst, int flag, unsigned char* buffer);
-TQF_DECLARE_WHT(1)
-TQF_DECLARE_WHT(2)
-TQF_DECLARE_WHT(3)
-TQF_DECLARE_WHT(4)
-TQF_DECLARE_WHT(5)
-TQF_DECLARE_WHT(6)
-TQF_DECLARE_WHT(7)
-TQF_DECLARE_WHT(8)
-TQF_DECLARE_WHT(9)
-TQF_DECLARE_WHT(10)
-TQF_DECLARE_WHT(11)
-TQF_DECLARE_WHT(12)
-TQF_DECLARE_WHT(13)
-#undef TQF_DECLARE_WHT
-
-/* Order as an argument: tqfStsBadSize for an order outside 1..13, tested
- * before anything else; otherwise exactly the fixed-order kernel. */
-TQFAPI tqfStatus tqfgWHT_32f(const tqf32f* src, tqf32f* dst, int order, int flag, unsigned char* buffer);
-TQFAPI tqfStatus tqfgWHT_64f(const tqf64f* src, tqf64f* dst, int order, int flag, unsigned char* buffer);
+/* N = 2^order real elements, natural Hadamard order. Orders 1..7 never touch
+ * `buffer`; orders 8..13 work through a 16-byte aligned buffer of
+ * tqfgWHTGetBufferSize_* bytes, or allocate one through tqfMalloc for the
+ * call when `buffer` is null. */
 
 /* Work-buffer bytes for `order` (0 below order 8). `size` is not tested for
  * null; nothing is stored for a bad order. */

@@ -47,7 +47,10 @@ Counts count_operations(const Kernel& k) {
         switch (n.op) {
         case Op::Add:
         case Op::Sub:
-        case Op::AddSub: c.adds += lanes; break;
+        case Op::AddSub:
+            c.adds += lanes;
+            if (!k.double_data && is_double(n.ty)) c.double_adds += lanes;
+            break;
         case Op::Flip: c.sign_flips += std::popcount(n.flip_mask & n.live); break;
         case Op::Mul: {
             const Node& cn = k.g.node(n.b);
@@ -55,6 +58,7 @@ Counts count_operations(const Kernel& k) {
                 if (!(n.live & (1u << l))) continue;
                 const double v = cn.cval[l];
                 ++c.muls;
+                if (std::fabs(v) == 2.0) ++c.doublings;
                 if (v == 0.0 || std::fabs(v) == 1.0) ++c.trivial_muls;
                 else values.insert(v);
             }
@@ -64,6 +68,14 @@ Counts count_operations(const Kernel& k) {
         }
     }
     for (int id : k.output_nodes()) c.depth = std::max(c.depth, depth[id] + 1);
+    for (const ScalarStore& st : k.scalar_out) {
+        if (st.kind == StoreKind::Zero) continue;
+        if (st.kind == StoreKind::ZeroSub) {
+            ++c.zero_sub_stores;
+            c.depth = std::max(c.depth, depth[st.value.id] + 2);  // scale, then 0.0 - t
+        }
+        if (!k.double_data && is_double(k.g.node(st.value.id).ty)) ++c.double_scales;
+    }
     c.constants = static_cast<long>(values.size());
     return c;
 }

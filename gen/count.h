@@ -14,6 +14,10 @@ struct Counts {
     long sign_flips = 0;    // lanes negated by a sign-bit step of their own
     int depth = 0;          // longest dependent chain, load to store, scale included
     long constants = 0;     // distinct stored values other than 0 and +-1
+    long zero_sub_stores = 0;  // outputs stored as 0.0 - (t * scale)
+    long doublings = 0;        // of muls, by exactly 2.0 (the sign rides on the handle)
+    long double_adds = 0;      // of adds, done in double in a float kernel
+    long double_scales = 0;    // scale multiplications done in double in a float kernel
 };
 
 // Nodes that reach an output, in creation (topological) order.

@@ -59,14 +59,15 @@ public:
         // read before the first store, so in-place calls stay correct.
         write_scale();
         std::vector<std::vector<int>> outputs_of(k_.g.size());
+        std::vector<int> ready;
         const std::vector<std::vector<int>> outs = output_units();
         std::vector<int> pending(outs.size());
         for (size_t i = 0; i < outs.size(); ++i) {
             pending[i] = static_cast<int>(outs[i].size());
             for (int id : outs[i]) outputs_of[id].push_back(static_cast<int>(i));
+            if (outs[i].empty()) ready.push_back(static_cast<int>(i));  // stored zeros
         }
         std::vector<char> done(k_.g.size(), 0);
-        std::vector<int> ready;
         auto define = [&](int id) {
             if (done[id]) return;
             done[id] = 1;
@@ -89,6 +90,7 @@ public:
             define(id);
         }
         for (int id : live) define(id);  // loads that feed outputs directly
+        for (int o : ready) write_store(o);  // a program without loads
     }
 
 private:
@@ -202,7 +204,7 @@ private:
         const std::string A = n.a >= 0 ? var(n.a) : "", B = n.b >= 0 ? var(n.b) : "";
         switch (n.op) {
         case Op::LoadScalar:
-            def(id, "s[" + std::to_string(2 * n.index[0] + n.comp) + "]");
+            def(id, "s[" + std::to_string(n.index[0]) + "]");
             break;
         case Op::LoadPair: def(id, "M::ldd(s + " + std::to_string(2 * n.index[0]) + ")"); break;
         case Op::LoadPlanar: def(id, planar_load(n)); break;
@@ -243,7 +245,8 @@ private:
     // store) and the nodes each one needs.
     std::vector<std::vector<int>> output_units() const {
         std::vector<std::vector<int>> units;
-        for (const Handle& h : k_.scalar_out) units.push_back({h.id});
+        for (const ScalarStore& st : k_.scalar_out)
+            units.push_back(st.kind == StoreKind::Zero ? std::vector<int>{} : std::vector<int>{st.value.id});
         for (const Handle& h : k_.pair_out) units.push_back({h.id});
         for (const PlanarStore& st : k_.planar_out)
             units.push_back(st.re.id == st.im.id ? std::vector<int>{st.re.id} : std::vector<int>{st.re.id, st.im.id});
@@ -258,9 +261,7 @@ private:
     // The one scale multiplication of an output, then its store.
     void write_store(int i) {
         switch (k_.form) {
-        case Form::Scalar:
-            line("d[" + std::to_string(i) + "] = " + var(k_.scalar_out[i].id) + " * scale;");
-            break;
+        case Form::Scalar: write_scalar_store(k_.scalar_out[i]); break;
         case Form::Pair:
             line("M::std_(d + " + std::to_string(2 * i) + ", _mm_mul_pd(" + var(k_.pair_out[i].id) + ", sc));");
             break;
@@ -276,6 +277,24 @@ private:
             break;
         }
         }
+    }
+
+    // A double value in a float kernel is scaled in double and rounded once.
+    void write_scalar_store(const ScalarStore& st) {
+        const std::string dst = "d[" + std::to_string(st.offset) + "] = ";
+        const bool float_data = !k_.double_data;
+        if (st.kind == StoreKind::Zero) {
+            line(dst + (float_data ? "0.0f;" : "0.0;"));
+            return;
+        }
+        const std::string v = var(st.value.id);
+        const bool widened = float_data && is_double(k_.g.node(st.value.id).ty);
+        const std::string scaled = widened ? v + " * static_cast<double>(scale)" : v + " * scale";
+        std::string e = st.kind == StoreKind::Scaled ? scaled
+                                                     : std::string(is_double(k_.g.node(st.value.id).ty) ? "0.0" : "0.0f") +
+                                                           " - (" + scaled + ")";
+        if (widened) e = "static_cast<float>(" + e + ")";
+        line(dst + e + ";");
     }
 
     void store_half(const std::string& v, int i0, int i1) {
@@ -300,7 +319,7 @@ bool is_packed(const Kernel& k) { return k.form != Form::Scalar; }
 
 std::string emit_kernel_source(const Kernel& k) {
     const char* elem = k.double_data ? "double" : "float";
-    const std::string cplx = k.double_data ? "tqf64fc" : "tqf32fc";
+    const std::string cplx = "tqf" + k.precision;  // the entry's element type
     const Ty st = k.double_data ? Ty::F64 : Ty::F32;
     const std::string one = literal(st, 1.0), inv_n = literal(st, scale_inv_n(k.length)),
                       inv_sqrt = literal(st, scale_inv_sqrt_n(k.length, k.double_data));

@@ -45,10 +45,9 @@ int Graph::intern(Node n) {
     return id;
 }
 
-Handle Graph::load_scalar(Ty t, int element, int comp) {
+Handle Graph::load_scalar(Ty t, int offset) {
     Node n{Op::LoadScalar, t};
-    n.index[0] = element;
-    n.comp = comp;
+    n.index[0] = offset;
     n.live = 1;
     return Handle{intern(n), false};
 }

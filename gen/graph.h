@@ -22,7 +22,7 @@ int lane_count(Ty t);
 bool is_double(Ty t);
 
 enum class Op : uint8_t {
-    LoadScalar,  // one component of one complex element
+    LoadScalar,  // one float or double at a flat element offset
     LoadPair,    // one complex double element as [re, im]
     LoadPlanar,  // re or im parts of up to four complex float elements
     Const,
@@ -49,8 +49,9 @@ struct Node {
     std::vector<double> cval;     // Const: one value per lane
     std::vector<LaneRef> gather;  // Shuffle: one source per lane
     unsigned flip_mask = 0;       // Flip: lanes negated
-    int index[4] = {-1, -1, -1, -1};  // loads: element indices (LoadScalar/LoadPair: [0])
-    int comp = 0;                 // LoadScalar/LoadPlanar: 0 real part, 1 imaginary part
+    int index[4] = {-1, -1, -1, -1};  // loads: LoadScalar [0] flat offset, LoadPair [0] and
+                                      // LoadPlanar complex element indices
+    int comp = 0;                 // LoadPlanar: 0 real part, 1 imaginary part
     unsigned live = 0;            // lanes that carry data
 };
 
@@ -66,7 +67,8 @@ public:
     const Node& node(int id) const { return nodes_[id]; }
     int size() const { return static_cast<int>(nodes_.size()); }
 
-    Handle load_scalar(Ty t, int element, int comp);
+    // src[offset]: a flat element offset, the index of a float or double.
+    Handle load_scalar(Ty t, int offset);
     Handle load_pair(int element);
     Handle load_planar(const int (&elements)[4], int comp);
     // A constant of one value per lane. Unless `keep_sign`, the sign of its

@@ -2,16 +2,17 @@
 //
 //   tqfgen_gen OUTDIR FAMILY:PRECISION:LENGTH ...
 //
-// e.g. cfwd:32fc:16. The manifest OUTDIR/kernels.csv holds the operation
-// counts of exactly the programs written.
+// e.g. cfwd:32fc:16. FAMILY is the name a family registered (gen/family.h).
+// The manifest OUTDIR/kernels.csv holds the operation counts of exactly the
+// programs written.
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
 
-#include "catalog.h"
 #include "count.h"
 #include "emit.h"
+#include "family.h"
 #include "manifest.h"
 
 namespace {
@@ -43,9 +44,10 @@ int main(int argc, char** argv) {
             std::string spec = argv[i];
             const size_t p1 = spec.find(':'), p2 = spec.rfind(':');
             if (p1 == std::string::npos || p1 == p2) throw std::runtime_error("bad kernel spec " + spec);
+            const tqfgen::Family* family = tqfgen::find_family(spec.substr(0, p1));
+            if (!family) throw std::runtime_error("no family registered for " + spec);
             tqfgen::Kernel k;
-            tqfcdft::build_complex_kernel(k, spec.substr(0, p1), spec.substr(p1 + 1, p2 - p1 - 1),
-                                          std::stoi(spec.substr(p2 + 1)));
+            family->build(k, spec.substr(p1 + 1, p2 - p1 - 1), std::stoi(spec.substr(p2 + 1)));
             const tqfgen::Counts c = tqfgen::count_operations(k);
             tqfgen::write_manifest_row(manifest, k, c);
             const std::string file = dir + "/" + k.family + "_" + k.precision + "_" + std::to_string(k.length) + ".cpp";

@@ -24,10 +24,10 @@ struct Generic {
 
 template <class T> std::vector<Generic<T>> generic_entries();
 template <> std::vector<Generic<float>> generic_entries<float>() {
-    return {{-1, tqfgDFTFwd_CToC_32fc}, {+1, tqfgDFTInv_CToC_32fc}};
+    return {{-1, table::cfwd_32fc_generic.fn}, {+1, table::cinv_32fc_generic.fn}};
 }
 template <> std::vector<Generic<double>> generic_entries<double>() {
-    return {{-1, tqfgDFTFwd_CToC_64fc}, {+1, tqfgDFTInv_CToC_64fc}};
+    return {{-1, table::cfwd_64fc_generic.fn}, {+1, table::cinv_64fc_generic.fn}};
 }
 
 template <class T>

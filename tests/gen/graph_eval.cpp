@@ -1,5 +1,6 @@
 #include "graph_eval.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -40,7 +41,7 @@ std::vector<Lanes> evaluate_graph(const Graph& g, const std::vector<cld>& x) {
         Lanes& r = v[id];
         r.assign(lanes, 0.0L);
         switch (n.op) {
-        case Op::LoadScalar: r[0] = component(x, id, n.index[0], n.comp); break;
+        case Op::LoadScalar: r[0] = component(x, id, n.index[0] / 2, n.index[0] % 2); break;  // flat offset
         case Op::LoadPair:
             r[0] = component(x, id, n.index[0], 0);
             r[1] = component(x, id, n.index[0], 1);
@@ -115,13 +116,25 @@ std::vector<cld> evaluate_kernel(const Kernel& k, const std::vector<cld>& x) {
     std::vector<cld> out(N);
     std::vector<int> stored(N, 0);
     switch (k.form) {
-    case tqfgen::Form::Scalar:
-        if (static_cast<int>(k.scalar_out.size()) != 2 * N) throw std::logic_error("scalar outputs: not 2N");
+    case tqfgen::Form::Scalar: {
+        // Stores at flat offsets: 2e is the real part of element e, 2e + 1 its imaginary part.
+        std::vector<int> slot(2 * N, 0);
+        std::vector<long double> flat(2 * N, 0.0L);
+        for (const tqfgen::ScalarStore& st : k.scalar_out) {
+            if (st.offset < 0 || st.offset >= 2 * N) throw std::logic_error("scalar store beyond the output");
+            ++slot[st.offset];
+            if (st.kind == tqfgen::StoreKind::Zero) continue;
+            const long double x = value(st.value)[0];
+            flat[st.offset] = st.kind == tqfgen::StoreKind::ZeroSub ? -x : x;
+        }
         for (int i = 0; i < N; ++i) {
-            out[i] = cld(value(k.scalar_out[2 * i])[0], value(k.scalar_out[2 * i + 1])[0]);
-            stored[i] = 1;
+            out[i] = cld(flat[2 * i], flat[2 * i + 1]);
+            // An element counts as stored once when both of its parts are.
+            const int lo = std::min(slot[2 * i], slot[2 * i + 1]), hi = std::max(slot[2 * i], slot[2 * i + 1]);
+            stored[i] = lo == 0 ? 0 : hi;
         }
         break;
+    }
     case tqfgen::Form::Pair:
         if (static_cast<int>(k.pair_out.size()) != N) throw std::logic_error("pair outputs: not N");
         for (int i = 0; i < N; ++i) {

@@ -23,7 +23,7 @@ Lanes at(const std::vector<Lanes>& v, Handle h) {
 TEST(GraphEval, EveryNodeKind) {
     Graph g;
     // Scalars: a load, a widening to double, a product, a narrowing back.
-    const Handle s = g.load_scalar(Ty::F32, 2, 1);                 // 8
+    const Handle s = g.load_scalar(Ty::F32, 5);                    // 8: flat offset 5, Im x[2]
     const Handle w = g.widen(s);                                   // 8
     const Handle m = g.mul(w, g.constant(Ty::F64, {0.25}));        // 2
     const Handle n = g.narrow(m);                                  // 2

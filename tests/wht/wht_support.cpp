@@ -6,20 +6,21 @@
 
 #include "wht_support.h"
 
+#include "kernel_table.h"
+
 namespace whttest {
 
-#define TQF_ROW(S) tqfgWHT_1_##S, tqfgWHT_2_##S, tqfgWHT_3_##S, tqfgWHT_4_##S, tqfgWHT_5_##S, \
-                   tqfgWHT_6_##S, tqfgWHT_7_##S, tqfgWHT_8_##S, tqfgWHT_9_##S, tqfgWHT_10_##S, \
-                   tqfgWHT_11_##S, tqfgWHT_12_##S, tqfgWHT_13_##S
-Wht<float>::Fixed Wht<float>::fixed(int order) {
-    static const Fixed table[kOrders] = {TQF_ROW(32f)};
-    return table[order - 1];
+namespace {
+// The kernel of `order` in the build's table of exported kernels.
+template <class Rows> auto by_order(const Rows& rows, int order) {
+    for (const auto& r : rows)
+        if (r.size == order) return r.fn;
+    return decltype(rows[0].fn){nullptr};
 }
-Wht<double>::Fixed Wht<double>::fixed(int order) {
-    static const Fixed table[kOrders] = {TQF_ROW(64f)};
-    return table[order - 1];
-}
-#undef TQF_ROW
+}  // namespace
+
+Wht<float>::Fixed Wht<float>::fixed(int order) { return by_order(tqftest::table::wht_32f, order); }
+Wht<double>::Fixed Wht<double>::fixed(int order) { return by_order(tqftest::table::wht_64f, order); }
 
 namespace {
 size_t page_size() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
