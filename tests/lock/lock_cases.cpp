@@ -1,8 +1,9 @@
 // The kernels under the lock and the settings each is called with.
+#include <stdexcept>
 #include <string>
 
 #include "bit_lock.h"
-#include "kernels.h"
+#include "kernel_table.h"
 #include "tqfgen.h"
 
 namespace tqftest {
@@ -10,41 +11,40 @@ namespace {
 
 const int kFlags[] = {tqfDivFwdByN, tqfDivInvByN, tqfDivBySqrtN, tqfNoDivByAny};
 
-template <class T>
-void add_complex(std::vector<LockCase>& out, const char* dir, int sign, const char* suffix) {
-    using C = typename Complex<T>::type;
-    for (const FixedKernel<T>& k : complex_kernels<T>(sign)) {
-        const std::string name = std::string("tqfgDFT") + dir + "_CToC_" + std::to_string(k.length) + "_" + suffix;
-        for (int flag : kFlags) {
-            const auto fn = k.fn;
-            out.push_back({name + " flag=" + std::to_string(flag), sizeof(T), 2u * k.length, 2u * k.length,
-                           [fn, flag](const void* s, void* d) {
-                               return static_cast<int>(fn(static_cast<const C*>(s), static_cast<C*>(d), flag));
-                           }});
-        }
+// Scalars read and written by a fixed kernel of a family; false for a family
+// this lock does not know yet (a new family states its counts here).
+bool scalar_counts(const AnyKernel& k, size_t* in, size_t* out) {
+    const std::string family = k.family, precision = k.precision;
+    const bool complex = precision.back() == 'c';
+    if (family == "cfwd" || family == "cinv") {
+        *in = *out = (complex ? 2u : 1u) * static_cast<size_t>(k.size);
+        return true;
     }
+    if (family == "wht") {
+        *in = *out = size_t{1} << k.size;
+        return true;
+    }
+    return false;
 }
 
-// Walsh-Hadamard orders through the order-taking entry, which is the fixed
-// kernel of the order bit for bit; each call gets a work buffer of the
-// queried size.
 template <class T>
-void add_wht(std::vector<LockCase>& out, const char* suffix,
-             tqfStatus (*run)(const T*, T*, int, int, unsigned char*), tqfStatus (*size)(int, int*)) {
-    for (int order = 1; order <= 13; ++order) {
-        int bytes = 0;
-        size(order, &bytes);
-        const size_t n = size_t{1} << order;
-        for (int flag : kFlags) {
-            out.push_back({"tqfgWHT_" + std::to_string(order) + "_" + suffix + " flag=" + std::to_string(flag),
-                           sizeof(T), n, n, [=](const void* s, void* d) {
-                               std::vector<unsigned char> raw(static_cast<size_t>(bytes) + 16);
-                               unsigned char* buf = raw.data() + (16 - reinterpret_cast<uintptr_t>(raw.data()) % 16) % 16;
-                               return static_cast<int>(run(static_cast<const T*>(s), static_cast<T*>(d), order, flag,
-                                                           bytes ? buf : nullptr));
-                           }});
-        }
+LockCase flag_case(const AnyKernel& k, int flag, size_t in, size_t out) {
+    const std::string key = std::string(k.name) + " flag=" + std::to_string(flag);
+    if (k.entry == Entry::SrcDstFlag) {
+        const auto fn = reinterpret_cast<SrcDstFlagFn<T>>(k.fn);
+        return {key, sizeof(T), in, out, [fn, flag](const void* s, void* d) {
+                    return static_cast<int>(fn(static_cast<const T*>(s), static_cast<T*>(d), flag));
+                }};
     }
+    // Kernels with a work buffer get one of the queried size, 16-byte aligned.
+    const auto fn = reinterpret_cast<SrcDstFlagBufferFn<T>>(k.fn);
+    int bytes = 0;
+    (sizeof(T) == 4 ? tqfgWHTGetBufferSize_32f : tqfgWHTGetBufferSize_64f)(k.size, &bytes);
+    return {key, sizeof(T), in, out, [fn, flag, bytes](const void* s, void* d) {
+                std::vector<unsigned char> raw(static_cast<size_t>(bytes) + 16);
+                unsigned char* buf = raw.data() + (16 - reinterpret_cast<uintptr_t>(raw.data()) % 16) % 16;
+                return static_cast<int>(fn(static_cast<const T*>(s), static_cast<T*>(d), flag, bytes ? buf : nullptr));
+            }};
 }
 
 // DCT-IV plans of every power of two to 2^16: the short kernels, the folds
@@ -78,12 +78,14 @@ const char* lock_platform() { return sizeof(void*) == 8 ? "x86-64" : "i386"; }
 
 std::vector<LockCase> lock_cases() {
     std::vector<LockCase> out;
-    add_complex<float>(out, "Fwd", -1, "32fc");
-    add_complex<double>(out, "Fwd", -1, "64fc");
-    add_complex<float>(out, "Inv", +1, "32fc");
-    add_complex<double>(out, "Inv", +1, "64fc");
-    add_wht<float>(out, "32f", tqfgWHT_32f, tqfgWHTGetBufferSize_32f);
-    add_wht<double>(out, "64f", tqfgWHT_64f, tqfgWHTGetBufferSize_64f);
+    for (const AnyKernel& k : all_kernels) {
+        size_t in = 0, n_out = 0;
+        if (!scalar_counts(k, &in, &n_out))
+            throw std::logic_error(std::string("no element counts for family ") + k.family);
+        const bool single = std::string(k.precision).compare(0, 2, "32") == 0;
+        for (int flag : kFlags)
+            out.push_back(single ? flag_case<float>(k, flag, in, n_out) : flag_case<double>(k, flag, in, n_out));
+    }
     add_dct4<float, tqfgDCT4Spec_32f>(out, "32f", tqfgDCT4InitAlloc_32f, tqfgDCT4_32f, tqfgDCT4Free_32f);
     add_dct4<double, tqfgDCT4Spec_64f>(out, "64f", tqfgDCT4InitAlloc_64f, tqfgDCT4_64f, tqfgDCT4Free_64f);
     return out;
