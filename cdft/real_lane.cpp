@@ -15,7 +15,7 @@ using tqfgen::Cx;
 using tqfgen::Handle;
 using tqfgen::Root;
 
-std::shared_ptr<const Tree> real_lane_chain(int p) {
+const std::map<int, std::string>& real_lane_chains() {
     // Factors of p - 1 in the order in which they act; G where coprime, so
     // that only trivial rotations stand between the factors of a power of two.
     static const std::map<int, std::string> chains = {
@@ -25,6 +25,11 @@ std::shared_ptr<const Tree> real_lane_chain(int p) {
         {43, "(2 G 7) G 3"},          {47, "23 G 2"},               {53, "13 G (2 T 2)"},
         {59, "29 G 2"},               {61, "(3 G (2 T 2)) G 5w"},
     };
+    return chains;
+}
+
+std::shared_ptr<const Tree> real_lane_chain(int p) {
+    const auto& chains = real_lane_chains();
     auto it = chains.find(p);
     if (it == chains.end()) throw std::runtime_error("no real-lane chain for " + std::to_string(p));
     return parse_tree(it->second);
