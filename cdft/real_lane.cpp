@@ -85,8 +85,12 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     Fc[0] = Cx{a.settle_r(a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N))), Handle{}};
     for (int k = 1; k < m; ++k) {
         const Root kk = k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1);
-        const Cx Z = a.settle({a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
-                               a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))});
+        const Handle im_i = a.mul_r(Y[k].im, kk.imag());
+        const Handle re_r = a.mul_r(Y[k].re, kk.real());
+        const Handle re = a.sub_r(re_r, im_i);
+        const Handle im_r = a.mul_r(Y[k].im, kk.real());
+        const Handle re_i = a.mul_r(Y[k].re, kk.imag());
+        const Cx Z = a.settle({re, a.add_r(re_i, im_r)});
         auto& F = k % 2 == 0 ? Fc : Fs;
         F[k] = Z;
         F[N - k] = a.conj(Z);
