@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <ostream>
 #include <random>
 #include <set>
 #include <string>
@@ -84,33 +85,39 @@ std::vector<std::string> all_trees() {
 
 std::string mode_name(bool widen) { return widen ? "f32w" : "f64"; }
 
-// Structure of one scalar graph; `outs` are the program's results.
+// Structure of one scalar graph; `outs` are the program's results. Each
+// kind of fault is reported once, with its count and first node.
 void check_shape(const Graph& g, bool widen, const std::vector<Handle>& outs) {
     const Ty data = widen ? Ty::F32 : Ty::F64;
+    std::map<std::string, std::pair<int, int>> faults;  // kind -> (count, first node)
+    auto fault = [&](bool bad, const char* kind, int id) {
+        if (!bad) return;
+        auto [it, fresh] = faults.try_emplace(kind, 0, id);
+        ++it->second.first;
+    };
     auto f64 = [&](int id) { return g.node(id).ty == Ty::F64; };
     for (int id = 0; id < g.size(); ++id) {
         const Node& n = g.node(id);
-        ASSERT_TRUE(n.ty == Ty::F32 || n.ty == Ty::F64) << "node " << id << " of a vector type";
-        if (n.op == Op::LoadScalar) EXPECT_EQ(n.ty, data) << "load " << id;
+        fault(n.ty != Ty::F32 && n.ty != Ty::F64, "node of a vector type", id);
+        fault(n.op == Op::LoadScalar && n.ty != data, "load of the other precision", id);
         if (!widen) {
-            EXPECT_EQ(n.ty, Ty::F64) << "float node " << id << " in a double program";
-            EXPECT_TRUE(n.op != Op::Widen && n.op != Op::Narrow) << "conversion " << id << " in a double program";
+            fault(n.ty != Ty::F64, "float node in a double program", id);
+            fault(n.op == Op::Widen || n.op == Op::Narrow, "conversion in a double program", id);
             continue;
         }
-        if (n.op == Op::Mul || n.op == Op::Const) EXPECT_EQ(n.ty, Ty::F64) << "float product or constant " << id;
-        if (n.op == Op::Widen) EXPECT_FALSE(f64(n.a)) << "widening " << id << " of a double";
-        if (n.op == Op::Narrow)
-            EXPECT_TRUE(f64(n.a) && g.node(n.a).op != Op::Widen) << "narrowing " << id << " of a bare widening";
+        fault((n.op == Op::Mul || n.op == Op::Const) && n.ty != Ty::F64, "float product or constant", id);
+        fault(n.op == Op::Widen && f64(n.a), "widening of a double", id);
+        fault(n.op == Op::Narrow && (!f64(n.a) || g.node(n.a).op == Op::Widen), "narrowing of a float or a bare widening", id);
         // A double sum completes a combination: a product (or a double
         // formed from one) enters it, never two widened floats alone.
-        if ((n.op == Op::Add || n.op == Op::Sub) && n.ty == Ty::F64) {
-            auto formed = [&](int src) { return f64(src) && g.node(src).op != Op::Widen; };
-            EXPECT_TRUE(formed(n.a) || formed(n.b)) << "double sum " << id << " of two widened floats";
-        }
+        auto formed = [&](int src) { return f64(src) && g.node(src).op != Op::Widen; };
+        fault((n.op == Op::Add || n.op == Op::Sub) && n.ty == Ty::F64 && !formed(n.a) && !formed(n.b),
+              "double sum of two widened floats", id);
     }
     if (widen)
-        for (const Handle& h : outs)
-            if (h.valid()) EXPECT_EQ(g.node(h.id).ty, Ty::F32) << "unsettled result " << h.id;
+        for (const Handle& h : outs) fault(h.valid() && g.node(h.id).ty != Ty::F32, "unsettled result", h.id);
+    for (const auto& [kind, f] : faults)
+        ADD_FAILURE() << kind << ": " << f.first << " nodes, first " << f.second;
 }
 
 // Largest error relative to the largest reference value.
@@ -153,6 +160,7 @@ struct TreeCase {
     std::string tree;
     bool widen;
 };
+void PrintTo(const TreeCase& c, std::ostream* os) { *os << c.tree << " " << mode_name(c.widen); }
 std::string case_name(const ::testing::TestParamInfo<TreeCase>& i) {
     std::string s = i.param.tree + "_" + mode_name(i.param.widen);
     for (char& c : s)
@@ -246,6 +254,7 @@ struct HalvesCase {
     std::string form;  // "block" (the block's own choice), "direct" or "rader"
     bool widen;
 };
+void PrintTo(const HalvesCase& c, std::ostream* os) { *os << c.p << " " << c.form << " " << mode_name(c.widen); }
 std::string halves_name(const ::testing::TestParamInfo<HalvesCase>& i) {
     return std::to_string(i.param.p) + "_" + i.param.form + "_" + mode_name(i.param.widen);
 }
