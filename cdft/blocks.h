@@ -53,8 +53,12 @@ struct Five {
 // -+i (s2 v1 - s1 v2).
 template <class A>
 std::pair<typename A::C, typename A::C> five_sines(A& a, typename A::C v1, typename A::C v2, int dir) {
-    const auto b1 = a.settle(a.add(a.rot_scale(v1, Five::s1(), dir), a.rot_scale(v2, Five::s2(), dir)));
-    const auto b2 = a.settle(a.sub(a.rot_scale(v1, Five::s2(), dir), a.rot_scale(v2, Five::s1(), dir)));
+    const auto p2 = a.rot_scale(v2, Five::s2(), dir);
+    const auto p1 = a.rot_scale(v1, Five::s1(), dir);
+    const auto b1 = a.settle(a.add(p1, p2));
+    const auto q2 = a.rot_scale(v2, Five::s1(), dir);
+    const auto q1 = a.rot_scale(v1, Five::s2(), dir);
+    const auto b2 = a.settle(a.sub(q1, q2));
     return {b1, b2};
 }
 
@@ -64,8 +68,12 @@ Vec<A> dft5(A& a, const Vec<A>& x, int dir) {
     const auto u1 = a.add(x[1], x[4]), u2 = a.add(x[2], x[3]);
     const auto v1 = a.sub(x[1], x[4]), v2 = a.sub(x[2], x[3]);
     const auto X0 = a.add(a.add(x[0], u1), u2);
-    const auto A1 = a.settle(a.sub(a.add(x[0], a.mul_real(u1, Five::c1())), a.mul_real(u2, Five::c2())));
-    const auto A2 = a.settle(a.add(a.sub(x[0], a.mul_real(u1, Five::c2())), a.mul_real(u2, Five::c1())));
+    const auto m12 = a.mul_real(u2, Five::c2());
+    const auto m11 = a.mul_real(u1, Five::c1());
+    const auto A1 = a.settle(a.sub(a.add(x[0], m11), m12));
+    const auto m22 = a.mul_real(u2, Five::c1());
+    const auto m21 = a.mul_real(u1, Five::c2());
+    const auto A2 = a.settle(a.add(a.sub(x[0], m21), m22));
     const auto [B1, B2] = five_sines(a, v1, v2, dir);
     return {X0, a.add(A1, B1), a.add(A2, B2), a.sub(A2, B2), a.sub(A1, B1)};
 }

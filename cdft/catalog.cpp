@@ -97,6 +97,9 @@ void build_pair(tqfgen::Kernel& k, int dir) {
 
 }  // namespace
 
+const std::map<int, std::string>& single_trees() { return kSingleTrees; }
+const std::map<int, std::string>& double_trees() { return kDoubleTrees; }
+
 void build_complex_kernel(tqfgen::Kernel& k, const std::string& family, const std::string& precision,
                           int length) {
     // The inverse family is the forward description with the roots conjugated.

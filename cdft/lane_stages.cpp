@@ -18,8 +18,12 @@ Cx lane_cmul(tqfgen::SplitAlg& a, Cx x, const std::vector<Root>& w) {
         wr[l] = static_cast<double>(w[l].real());
         wi[l] = static_cast<double>(w[l].imag());
     }
-    return {a.sub_r(a.mul_lanes(x.re, wr), a.mul_lanes(x.im, wi)),
-            a.add_r(a.mul_lanes(x.re, wi), a.mul_lanes(x.im, wr))};
+    const Handle im_wi = a.mul_lanes(x.im, wi);
+    const Handle re_wr = a.mul_lanes(x.re, wr);
+    const Handle re = a.sub_r(re_wr, im_wi);
+    const Handle im_wr = a.mul_lanes(x.im, wr);
+    const Handle re_wi = a.mul_lanes(x.re, wi);
+    return {re, a.add_r(re_wi, im_wr)};
 }
 
 Cx gather_lanes(tqfgen::SplitAlg& a, const std::vector<LaneVal>& v) {

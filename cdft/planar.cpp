@@ -43,7 +43,12 @@ Cx lane_twiddle(Graph& g, Cx x, const std::vector<Root>& w) {
         wi[l] = static_cast<double>(w[l].imag());
     }
     const Handle cr = g.constant(Ty::V4F, wr), ci = g.constant(Ty::V4F, wi);
-    return {g.sub(g.mul(x.re, cr), g.mul(x.im, ci)), g.add(g.mul(x.re, ci), g.mul(x.im, cr))};
+    const Handle im_ci = g.mul(x.im, ci);
+    const Handle re_cr = g.mul(x.re, cr);
+    const Handle re = g.sub(re_cr, im_ci);
+    const Handle im_cr = g.mul(x.im, cr);
+    const Handle re_ci = g.mul(x.re, ci);
+    return {re, g.add(re_ci, im_cr)};
 }
 
 }  // namespace

@@ -17,11 +17,7 @@ using tqfgen::Handle;
 using tqfgen::Root;
 using tqfgen::Ty;
 
-namespace {
-
-// Factor chains of the inner transform of length p - 1 of the single
-// precision Rader kernels, first factor first.
-std::shared_ptr<const Tree> complex_chain(int p) {
+const std::map<int, std::string>& rader_chains() {
     static const std::map<int, std::string> chains = {
         {7, "2 G 3"},            {11, "5 G 2"},                {13, "(2 T 2) G 3"},
         {17, "(2 T 2) T (2 T 2)"}, {19, "3 T (2 G 3)"},        {23, "2 G 11"},
@@ -29,6 +25,22 @@ std::shared_ptr<const Tree> complex_chain(int p) {
         {41, "5 G (2 T (2 T 2))"}, {43, "(7 G 2) G 3"},        {53, "(2 T 2) G 13"},
         {61, "(2 T 2) G (5 G 3)"},
     };
+    return chains;
+}
+
+std::string bluestein_tree(int p) {
+    // 96: 12-point blocks (radix 3 at stride 32, then 16, 8), twiddles,
+    // 8-point blocks; 128: 8-point blocks at strides 64, 32, 16, twiddles,
+    // 16-point blocks.
+    return p == 47 ? "(3 G (2 T 2)) T ((2 T 2) T 2)" : "((2 T 2) T 2) T (((2 T 2) T 2) T 2)";
+}
+
+std::vector<std::string> bluestein_trees() { return {bluestein_tree(47), bluestein_tree(59)}; }
+
+namespace {
+
+std::shared_ptr<const Tree> complex_chain(int p) {
+    const auto& chains = rader_chains();
     auto it = chains.find(p);
     if (it == chains.end()) throw std::runtime_error("no Rader chain for " + std::to_string(p));
     return parse_tree(it->second);
@@ -117,10 +129,7 @@ std::vector<Root> half_angle_chirp(int p) {
 // and the chirp again.
 void build_bluestein_planar(tqfgen::Kernel& k, int dir, const std::vector<Root>& c) {
     const int p = k.length, M = p == 47 ? 96 : 128;
-    // 96: 12-point blocks (radix 3 at stride 32, then 16, 8), twiddles,
-    // 8-point blocks; 128: 8-point blocks at strides 64, 32, 16, twiddles,
-    // 16-point blocks.
-    const auto tree = parse_tree(p == 47 ? "(3 G (2 T 2)) T ((2 T 2) T 2)" : "((2 T 2) T 2) T (((2 T 2) T 2) T 2)");
+    const auto tree = parse_tree(bluestein_tree(p));
     tqfgen::SplitAlg a(k.g, Ty::V4F);
 
     std::vector<LaneVal> x(M);

@@ -15,7 +15,7 @@ using tqfgen::Cx;
 using tqfgen::Handle;
 using tqfgen::Root;
 
-std::shared_ptr<const Tree> real_lane_chain(int p) {
+const std::map<int, std::string>& real_lane_chains() {
     // Factors of p - 1 in the order in which they act; G where coprime, so
     // that only trivial rotations stand between the factors of a power of two.
     static const std::map<int, std::string> chains = {
@@ -25,6 +25,11 @@ std::shared_ptr<const Tree> real_lane_chain(int p) {
         {43, "(2 G 7) G 3"},          {47, "23 G 2"},               {53, "13 G (2 T 2)"},
         {59, "29 G 2"},               {61, "(3 G (2 T 2)) G 5w"},
     };
+    return chains;
+}
+
+std::shared_ptr<const Tree> real_lane_chain(int p) {
+    const auto& chains = real_lane_chains();
     auto it = chains.find(p);
     if (it == chains.end()) throw std::runtime_error("no real-lane chain for " + std::to_string(p));
     return parse_tree(it->second);
@@ -80,8 +85,12 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     Fc[0] = Cx{a.settle_r(a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N))), Handle{}};
     for (int k = 1; k < m; ++k) {
         const Root kk = k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1);
-        const Cx Z = a.settle({a.sub_r(a.mul_r(Y[k].re, kk.real()), a.mul_r(Y[k].im, kk.imag())),
-                               a.add_r(a.mul_r(Y[k].re, kk.imag()), a.mul_r(Y[k].im, kk.real()))});
+        const Handle im_i = a.mul_r(Y[k].im, kk.imag());
+        const Handle re_r = a.mul_r(Y[k].re, kk.real());
+        const Handle re = a.sub_r(re_r, im_i);
+        const Handle im_r = a.mul_r(Y[k].im, kk.real());
+        const Handle re_i = a.mul_r(Y[k].re, kk.imag());
+        const Cx Z = a.settle({re, a.add_r(re_i, im_r)});
         auto& F = k % 2 == 0 ? Fc : Fs;
         F[k] = Z;
         F[N - k] = a.conj(Z);

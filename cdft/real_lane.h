@@ -10,7 +10,9 @@
 //   X[k] = A[k] + dir i B[k],   X[p-k] = A[k] - dir i B[k].
 #pragma once
 
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "algebra.h"
@@ -27,6 +29,8 @@ struct Halves {
 // The inner transform of Rader's real-lane form of p, as a factor tree of
 // p - 1 whose factors act in the order of the chain.
 std::shared_ptr<const Tree> real_lane_chain(int p);
+// Those chains as text, by p.
+const std::map<int, std::string>& real_lane_chains();
 
 Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const Tree& chain);

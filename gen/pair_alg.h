@@ -25,7 +25,8 @@ public:
     C mul_real(C a, long double c) { return g_.mul(a, g_.splat(Ty::V2D, static_cast<double>(c))); }
     C rot_scale(C a, long double c, int s) {
         const double v = static_cast<double>(c);
-        return g_.mul(g_.swap_pair(a), g_.constant(Ty::V2D, {s < 0 ? v : -v, s < 0 ? -v : v}));
+        const C k = g_.constant(Ty::V2D, {s < 0 ? v : -v, s < 0 ? -v : v});
+        return g_.mul(g_.swap_pair(a), k);
     }
     C settle(C a) { return a; }
     // a + (s i) b with the rotation folded into one addsub, no flip:
@@ -53,9 +54,12 @@ public:
     C cmul(C x, Root w, bool into_leaf = false) {
         const double wr = static_cast<double>(w.real()), wi = static_cast<double>(w.imag());
         const Handle cr = g_.constant(Ty::V2D, {wr, wr}, true), ci = g_.constant(Ty::V2D, {wi, wi}, true);
-        if (into_leaf && flip_join_into_leaf)
-            return g_.add(g_.mul(x, cr), g_.flip(g_.mul(g_.swap_pair(x), ci), 1u));
-        return g_.addsub(g_.mul(x, cr), g_.mul(g_.swap_pair(x), ci));
+        const Handle swapped = g_.mul(g_.swap_pair(x), ci);
+        if (into_leaf && flip_join_into_leaf) {
+            const Handle flipped = g_.flip(swapped, 1u);
+            return g_.add(g_.mul(x, cr), flipped);
+        }
+        return g_.addsub(g_.mul(x, cr), swapped);
     }
     // Set for factor-tree kernels: see cmul.
     bool flip_join_into_leaf = false;

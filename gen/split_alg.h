@@ -87,7 +87,12 @@ public:
     // Full complex product with a lane-uniform constant, four products.
     C cmul(C x, Root w, bool = false) {
         const long double wr = w.real(), wi = w.imag();
-        return {sub_r(mul_r(x.re, wr), mul_r(x.im, wi)), add_r(mul_r(x.re, wi), mul_r(x.im, wr))};
+        const H im_wi = mul_r(x.im, wi);
+        const H re_wr = mul_r(x.re, wr);
+        const H re = sub_r(re_wr, im_wi);
+        const H im_wr = mul_r(x.im, wr);
+        const H re_wi = mul_r(x.re, wi);
+        return {re, add_r(re_wi, im_wr)};
     }
 
 private:

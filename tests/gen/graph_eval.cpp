@@ -105,6 +105,13 @@ std::vector<Lanes> evaluate_graph(const Graph& g, const std::vector<cld>& x) {
     return v;
 }
 
+long double scalar_value(const std::vector<Lanes>& v, const tqfgen::Handle& h) {
+    if (!h.valid()) return 0;
+    if (h.id >= static_cast<int>(v.size())) throw std::logic_error("value of an undefined node");
+    if (v[h.id].size() != 1) throw std::logic_error("node " + std::to_string(h.id) + " is not a scalar");
+    return h.neg ? -v[h.id][0] : v[h.id][0];
+}
+
 std::vector<cld> evaluate_kernel(const Kernel& k, const std::vector<cld>& x) {
     const int N = k.length;
     if (static_cast<int>(x.size()) != N) throw std::logic_error("input of another length");

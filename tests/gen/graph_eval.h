@@ -23,6 +23,10 @@ using Lanes = std::vector<long double>;  // one value per lane of a register (1,
 // Values of every node of `g` for the complex input `x` (element n = x[n]).
 std::vector<Lanes> evaluate_graph(const tqfgen::Graph& g, const std::vector<std::complex<long double>>& x);
 
+// The value of a handle of a scalar graph in the values `v` of evaluate_graph:
+// an invalid handle is an exact zero, a pending negation is applied.
+long double scalar_value(const std::vector<Lanes>& v, const tqfgen::Handle& h);
+
 // The kernel's N outputs, gathered the way the emitter stores them: scalar
 // outputs as re0, im0, re1, ...; pair outputs as one [re, im] register per
 // element; planar stores as element index[l] = (re lane l, im lane l) for
