@@ -104,12 +104,13 @@ void build_complex_kernel(tqfgen::Kernel& k, const std::string& family, const st
                           int length) {
     // The inverse family is the forward description with the roots conjugated.
     if (family != "cfwd" && family != "cinv") throw std::runtime_error("unknown complex family " + family);
-    k.forward = family == "cfwd";
-    const int dir = k.forward ? -1 : +1;
+    const bool forward = family == "cfwd";
+    k.divides_by = forward ? tqfgen::Kernel::DividesBy::FwdFlag : tqfgen::Kernel::DividesBy::InvFlag;
+    const int dir = forward ? -1 : +1;
     k.family = family;
     k.precision = precision;
     k.length = length;
-    k.name = std::string(k.forward ? "tqfgDFTFwd" : "tqfgDFTInv") + "_CToC_" + std::to_string(length) + "_" + precision;
+    k.name = std::string(forward ? "tqfgDFTFwd" : "tqfgDFTInv") + "_CToC_" + std::to_string(length) + "_" + precision;
     if (precision != "32fc" && precision != "64fc") throw std::runtime_error("unknown precision " + precision);
     k.double_data = precision == "64fc";
     if (length >= 7 && is_prime(length)) {

@@ -317,6 +317,16 @@ private:
 
 bool is_packed(const Kernel& k) { return k.form != Form::Scalar; }
 
+// The support layer's name of the kernel's dividing flags.
+static const char* divides_by(const Kernel& k) {
+    switch (k.divides_by) {
+    case Kernel::DividesBy::FwdFlag: return "tqfk::kFwdFlag";
+    case Kernel::DividesBy::InvFlag: return "tqfk::kInvFlag";
+    case Kernel::DividesBy::Both: return "tqfk::kBothFlags";
+    }
+    return "?";
+}
+
 std::string emit_kernel_source(const Kernel& k) {
     const char* elem = k.double_data ? "double" : "float";
     const std::string cplx = "tqf" + k.precision;  // the entry's element type
@@ -336,7 +346,7 @@ std::string emit_kernel_source(const Kernel& k) {
     auto checks_and_run = [&](const char* path) {
         o << "    if (!src || !dst) return tqfStsNullPointer;\n"
           << "    " << elem << " scale;\n"
-          << "    if (!tqfk::pick_scale<" << elem << ">(flag, " << (k.forward ? "true" : "false") << ", " << one
+          << "    if (!tqfk::pick_scale<" << elem << ">(flag, " << divides_by(k) << ", " << one
           << ", " << inv_n << ", " << inv_sqrt << ", &scale))\n"
           << "        return tqfStsBadFlag;\n"
           << "    body<" << path << ">(reinterpret_cast<const " << elem << "*>(src), reinterpret_cast<" << elem

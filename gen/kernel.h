@@ -42,7 +42,10 @@ struct Kernel {
     int length = 0;
     Form form = Form::Scalar;
     bool double_data = false;  // element components are doubles
-    bool forward = true;       // which of the first two flags divides
+    // Which of the first two flags divide by N: the forward flag, the inverse
+    // flag, or both (transforms without a direction).
+    enum class DividesBy { FwdFlag, InvFlag, Both };
+    DividesBy divides_by = DividesBy::FwdFlag;
 
     Graph g;
     std::vector<ScalarStore> scalar_out;  // Scalar form, in store order

@@ -51,14 +51,17 @@ static inline bool misaligned(const void* a, const void* b) {
     return ((reinterpret_cast<uintptr_t>(a) | reinterpret_cast<uintptr_t>(b)) & 15u) != 0;
 }
 
+// Which flags divide by N: forward kernels divide for tqfDivFwdByN, inverse
+// kernels for tqfDivInvByN, and transforms without a direction for both.
+enum DividesBy { kFwdFlag, kInvFlag, kBothFlags };
+
 // The flag picks one of the kernel's three scale constants; anything but the
-// four flags is refused. Forward kernels divide for tqfDivFwdByN, inverse
-// kernels for tqfDivInvByN.
+// four flags is refused.
 template <class T>
-static inline bool pick_scale(int flag, bool forward, T one, T inv_n, T inv_sqrt_n, T* scale) {
+static inline bool pick_scale(int flag, DividesBy by, T one, T inv_n, T inv_sqrt_n, T* scale) {
     switch (flag) {
-    case tqfDivFwdByN: *scale = forward ? inv_n : one; return true;
-    case tqfDivInvByN: *scale = forward ? one : inv_n; return true;
+    case tqfDivFwdByN: *scale = by != kInvFlag ? inv_n : one; return true;
+    case tqfDivInvByN: *scale = by != kFwdFlag ? inv_n : one; return true;
     case tqfDivBySqrtN: *scale = inv_sqrt_n; return true;
     case tqfNoDivByAny: *scale = one; return true;
     default: return false;
