@@ -31,6 +31,10 @@ std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vecto
     return real_lane_block(a, p, x, dir);
 }
 
+std::vector<tqfgen::Cx> direct_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
+    return real_lane_block(a, p, x, dir, direct_halves);
+}
+
 std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {
     check(p);
     tqfgen::SplitAlg la(a.graph(), tqfgen::Ty::V2D);

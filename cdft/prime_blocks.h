@@ -14,6 +14,10 @@ namespace tqfcdft {
 std::vector<tqfgen::Handle> prime_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir);
 std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
 
+// The symmetric direct form of an odd prime, without reduction ("5d": the
+// five-point block of the real families, m * m products per real sequence).
+std::vector<tqfgen::Cx> direct_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
+
 // Rader's real-lane form for a prime that otherwise takes the direct form
 // (the "7r" variant block of a factor tree).
 std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir);

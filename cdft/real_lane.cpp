@@ -123,7 +123,7 @@ Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
     return rader_halves(a, p, x, *real_lane_chain(p));
 }
 
-std::vector<Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<Cx>& x, int dir) {
+std::vector<Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<Cx>& x, int dir, HalvesOf halves) {
     std::vector<Handle> xr(p), xi(p);
     bool any_re = false, any_im = false;
     for (int n = 0; n < p; ++n) {
@@ -138,8 +138,8 @@ std::vector<Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<Cx
     hr.B.resize(m + 1);
     hi.A.resize(m + 1);
     hi.B.resize(m + 1);
-    if (any_re) hr = prime_halves(a, p, xr);
-    if (any_im) hi = prime_halves(a, p, xi);
+    if (any_re) hr = halves(a, p, xr);
+    if (any_im) hi = halves(a, p, xi);
     std::vector<Cx> X(p);
     X[0] = Cx{hr.x0, hi.x0};
     for (int k = 1; k <= m; ++k) {

@@ -39,7 +39,9 @@ Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle
 
 // A complex prime block over lane registers: the real program on the real
 // parts and on the imaginary parts, then the crossing.
-std::vector<tqfgen::Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
+using HalvesOf = Halves (*)(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+std::vector<tqfgen::Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir,
+                                        HalvesOf halves = prime_halves);
 
 // Crossing stage of the two-lane double form, where one register holds
 // [re, im] and the halves came from one run on both lanes: one addsub per

@@ -20,6 +20,12 @@ bool scalar_counts(const AnyKernel& k, size_t* in, size_t* out) {
         *in = *out = (complex ? 2u : 1u) * static_cast<size_t>(k.size);
         return true;
     }
+    if (family.rfind("rfwd_", 0) == 0) {  // a real sequence in, a packed spectrum out
+        const size_t n = static_cast<size_t>(k.size);
+        *in = n;
+        *out = family == "rfwd_ccs" ? n + 2 - n % 2 : n;
+        return true;
+    }
     if (family == "wht") {
         *in = *out = size_t{1} << k.size;
         return true;

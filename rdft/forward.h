@@ -1,0 +1,23 @@
+// The forward real programs: one per length, the same graph in both
+// precisions and all three layouts.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "algebra.h"
+
+namespace tqfrdft {
+
+// X[k] = sum_n x[n] exp(-2 pi i n k / n), k = 0..n/2, of the real sequence x
+// (n loads). An imaginary part that is exactly zero (DC, Nyquist) is an
+// invalid handle; one that the graph holds negated carries the pending
+// negation, and the store turns it into 0.0 - (t * scale).
+std::vector<tqfgen::Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<tqfgen::Handle>& x);
+
+// The factor tree of each composite length, factors in order of action
+// ("5d" is the five-point block in the direct form).
+const std::map<int, std::string>& forward_real_trees();
+
+}  // namespace tqfrdft
