@@ -32,7 +32,7 @@ std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vecto
 }
 
 std::vector<tqfgen::Cx> direct_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
-    return real_lane_block(a, p, x, dir, direct_halves);
+    return real_lane_block(a, p, x, dir, direct_rows);
 }
 
 std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {

@@ -36,7 +36,11 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
             std::vector<tqfgen::Cx> in;
             for (int b = 0; b < w.B; ++b)
                 in.push_back(w.twiddled ? tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir)) : Y[b][k1]);
-            const std::vector<tqfgen::Cx> Z = k1 == 0 ? real_input_dft(a, *t.right, in, dir) : eval_tree(a, *t.right, in, dir);
+            // Column 0, and the middle column of a node without twiddles, hold
+            // real values: transforms of real data again.
+            const bool real_column = k1 == 0 || (2 * k1 == w.A && !w.twiddled);
+            const std::vector<tqfgen::Cx> Z =
+                real_column ? real_input_dft(a, *t.right, in, dir) : eval_tree(a, *t.right, in, dir);
             for (int k2 = 0; k2 < w.B; ++k2) {
                 if (k1 == 0 && 2 * k2 > w.B) continue;  // conjugates of the block's own lower bins
                 const int k = w.output(k1, k2);

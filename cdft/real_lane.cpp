@@ -35,7 +35,11 @@ std::shared_ptr<const Tree> real_lane_chain(int p) {
     return parse_tree(it->second);
 }
 
-Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
+Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) { return direct_form(a, p, x, false); }
+
+Halves direct_rows(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) { return direct_form(a, p, x, true); }
+
+Halves direct_form(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, bool forward_sines) {
     const int m = (p - 1) / 2;
     std::vector<Handle> s(m + 1), d(m + 1);
     for (int i = 1; i <= m; ++i) {
@@ -52,11 +56,11 @@ Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
         for (int i = 1; i <= m; ++i) {
             const Root w = tqfgen::unit_root(static_cast<long>(i) * k, p, +1);
             A = a.add_r(A, a.mul_r(s[i], w.real()));
-            B = a.add_r(B, a.mul_r(d[i], w.imag()));
+            B = a.add_r(B, a.mul_r(d[i], forward_sines ? -w.imag() : w.imag()));
         }
         // Each row is one linear combination: rounded once when widened.
         h.A[k] = a.settle_r(A);
-        h.B[k] = a.settle_r(B);
+        h.B[k] = forward_sines ? -a.settle_r(B) : a.settle_r(B);
     }
     return h;
 }

@@ -33,6 +33,12 @@ std::shared_ptr<const Tree> real_lane_chain(int p);
 const std::map<int, std::string>& real_lane_chains();
 
 Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+// The direct form as the real families write it: the sine row of bin k sums
+// the terms of the forward transform's imaginary part, -sin(2 pi jk/p) d[j],
+// so that its sign, and with it which outputs are stored negated, is that
+// sum's (B[k] is its negation, free).
+Halves direct_rows(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+Halves direct_form(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, bool forward_sines);
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const Tree& chain);
 // The method of the block: direct form for 7 and 11, Rader otherwise.
 Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);

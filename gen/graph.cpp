@@ -110,6 +110,12 @@ Handle Graph::add(Handle a, Handle b) {
         n.op = Op::Sub;
         n.a = a.neg ? b.id : a.id;
         n.b = a.neg ? a.id : b.id;
+        if (merge_mirrored_differences) {
+            Node mirror = n;
+            std::swap(mirror.a, mirror.b);
+            auto it = index_.find(key_of(mirror));
+            if (it != index_.end()) return Handle{it->second, true};  // a - b = -(b - a)
+        }
     }
     return Handle{intern(n), neg};
 }

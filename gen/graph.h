@@ -89,6 +89,12 @@ public:
     // Turns a pending negation into a real sign flip of the live lanes.
     Handle materialize(Handle x);
 
+    // A difference whose mirror b - a exists already is that node negated
+    // (exact: IEEE subtraction is antisymmetric), not a node of its own. The
+    // real families ask for it; the complex kernels keep both, since a stored
+    // negation would turn a +0.0 into -0.0 there.
+    bool merge_mirrored_differences = false;
+
 private:
     int intern(Node n);
     int split_gather(const Node& n);

@@ -18,17 +18,17 @@ namespace {
 // coprime factors are Good-Thomas (G) in the order of action given.
 const std::map<int, std::string> kTrees = {
     {2, "2"},                 {4, "4"},                {6, "3 G 2"},             {8, "2 T 4"},
-    {9, "3 T 3"},             {10, "5d G 2"},          {12, "4 G 3"},            {14, "2 G 7"},
+    {9, "3 T 3"},             {10, "5d G 2"},          {12, "4 G 3"},            {14, "2 G 7d"},
     {15, "3 G 5d"},           {16, "4 T 4"},           {18, "2 G (3 T 3)"},      {20, "5d G 4"},
-    {21, "7 G 3"},            {22, "2 G 11"},          {24, "3 G (2 T 4)"},      {25, "5d T 5d"},
-    {26, "13 G 2"},           {27, "(3 T 3) T 3"},     {28, "4 G 7"},            {30, "(5d G 3) G 2"},
-    {32, "(2 T 4) T 4"},      {33, "11 G 3"},          {34, "2 G 17"},           {35, "7 G 5d"},
+    {21, "7d G 3"},            {22, "2 G 11d"},          {24, "3 G (2 T 4)"},      {25, "5d T 5d"},
+    {26, "13 G 2"},           {27, "(3 T 3) T 3"},     {28, "4 G 7d"},            {30, "(5d G 3) G 2"},
+    {32, "(2 T 4) T 4"},      {33, "11d G 3"},          {34, "2 G 17"},           {35, "7d G 5d"},
     {36, "(3 T 3) G 4"},      {38, "19 G 2"},          {39, "13 G 3"},           {40, "(2 T 4) G 5d"},
-    {42, "(7 G 3) G 2"},      {44, "11 G 4"},          {45, "5d G (3 T 3)"},     {46, "2 G 23"},
-    {48, "(4 T 4) G 3"},      {49, "7 T 7"},           {50, "(5d T 5d) G 2"},    {51, "17 G 3"},
-    {52, "13 G 4"},           {54, "2 G ((3 T 3) T 3)"}, {55, "11 G 5d"},        {56, "7 G (2 T 4)"},
+    {42, "(7d G 3) G 2"},      {44, "11d G 4"},          {45, "5d G (3 T 3)"},     {46, "2 G 23"},
+    {48, "(4 T 4) G 3"},      {49, "7d T 7d"},           {50, "(5d T 5d) G 2"},    {51, "17 G 3"},
+    {52, "13 G 4"},           {54, "2 G ((3 T 3) T 3)"}, {55, "11d G 5d"},        {56, "7d G (2 T 4)"},
     {57, "19 G 3"},           {58, "2 G 29"},          {60, "(3 G 5d) G 4"},     {62, "31 G 2"},
-    {63, "7 G (3 T 3)"},      {64, "(4 T 4) T 4"},
+    {63, "7d G (3 T 3)"},      {64, "(4 T 4) T 4"},
 };
 
 bool is_odd_prime(int n) {
@@ -53,7 +53,7 @@ const std::map<int, std::string>& forward_real_trees() { return kTrees; }
 std::vector<Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<Handle>& x) {
     if (is_odd_prime(n)) {
         // 3, 5, 7, 11 in the direct form; every larger prime by Rader.
-        if (n <= 11) return from_halves(tqfcdft::direct_halves(a, n, x), n);
+        if (n <= 11) return from_halves(tqfcdft::direct_rows(a, n, x), n);
         return from_halves(tqfcdft::rader_halves(a, n, x, *tqfcdft::real_lane_chain(n)), n);
     }
     const auto t = kTrees.find(n);

@@ -17,7 +17,8 @@ namespace tqfrdft {
 std::vector<tqfgen::Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<tqfgen::Handle>& x);
 
 // The factor tree of each composite length, factors in order of action
-// ("5d" is the five-point block in the direct form).
+// ("5d", "7d", "11d": the odd prime blocks in the direct form of the real
+// families, without reduction).
 const std::map<int, std::string>& forward_real_trees();
 
 }  // namespace tqfrdft
