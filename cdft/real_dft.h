@@ -14,9 +14,18 @@
 
 namespace tqfcdft {
 
+// Which member of each conjugate pair a real-input transform forms: a choice
+// of signs only (which outputs the graph holds negated), the values and the
+// operation counts are the same. The complex family's Rader chains form the
+// lower columns of every node. The real families form the upper columns of
+// Good-Thomas nodes and take the middle column of a Cooley-Tukey node from
+// its even bins, the odd ones as conjugates.
+enum class Mirrors { Lower, RealFamilies };
+
 // X[k] = sum_n x[n] exp(dir 2 pi i nk/n) of a real x (imaginary parts zero);
 // the bins above n/2 are conjugates of the lower ones.
-inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& x, int dir) {
+inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& x, int dir,
+                                              Mirrors mirrors = Mirrors::Lower) {
     const int N = t.size;
     std::vector<tqfgen::Cx> X(N);
     std::vector<bool> set(N, false);
@@ -29,10 +38,13 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         for (int b = 0; b < w.B; ++b) {
             std::vector<tqfgen::Cx> in;
             for (int i = 0; i < w.A; ++i) in.push_back(x[w.input(b, i)]);
-            Y[b] = real_input_dft(a, *t.left, in, dir);
+            Y[b] = real_input_dft(a, *t.left, in, dir, mirrors);
         }
-        // Blocks k1 > A/2 mirror blocks A - k1: never formed.
-        for (int k1 = 0; 2 * k1 <= w.A; ++k1) {
+        // Of blocks k1 and A - k1 only one is formed: the other's bins are
+        // the conjugates of its own.
+        const bool upper = mirrors == Mirrors::RealFamilies && !w.twiddled;
+        for (int j = 0; 2 * j <= w.A; ++j) {
+            const int k1 = upper && j != 0 ? w.A - j : j;
             std::vector<tqfgen::Cx> in;
             for (int b = 0; b < w.B; ++b)
                 in.push_back(w.twiddled ? tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir)) : Y[b][k1]);
@@ -40,9 +52,12 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
             // real values: transforms of real data again.
             const bool real_column = k1 == 0 || (2 * k1 == w.A && !w.twiddled);
             const std::vector<tqfgen::Cx> Z =
-                real_column ? real_input_dft(a, *t.right, in, dir) : eval_tree(a, *t.right, in, dir);
+                real_column ? real_input_dft(a, *t.right, in, dir, mirrors) : eval_tree(a, *t.right, in, dir);
+            // The middle column of a twiddled node holds pairs k2, B - 1 - k2.
+            const bool even_bins = mirrors == Mirrors::RealFamilies && w.twiddled && 2 * k1 == w.A && w.B % 2 == 0;
             for (int k2 = 0; k2 < w.B; ++k2) {
                 if (k1 == 0 && 2 * k2 > w.B) continue;  // conjugates of the block's own lower bins
+                if (even_bins && k2 % 2 == 1) continue;
                 const int k = w.output(k1, k2);
                 X[k] = Z[k2];
                 set[k] = true;

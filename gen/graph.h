@@ -90,9 +90,9 @@ public:
     Handle materialize(Handle x);
 
     // A difference whose mirror b - a exists already is that node negated
-    // (exact: IEEE subtraction is antisymmetric), not a node of its own. The
-    // real families ask for it; the complex kernels keep both, since a stored
-    // negation would turn a +0.0 into -0.0 there.
+    // (exact: IEEE subtraction is antisymmetric), not a node of its own. Set
+    // by the pass of mirror.h on the live program it rebuilds; the complex
+    // kernels keep both, since a stored negation would turn a +0.0 into -0.0.
     bool merge_mirrored_differences = false;
 
 private:

@@ -6,6 +6,7 @@
 
 #include "family.h"
 #include "formats.h"
+#include "mirror.h"
 #include "forward.h"
 
 namespace tqfrdft {
@@ -33,7 +34,6 @@ void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, in
     k.double_data = precision == "64f";
     k.divides_by = tqfgen::Kernel::DividesBy::FwdFlag;
     const Ty ty = k.double_data ? Ty::F64 : Ty::F32;
-    k.g.merge_mirrored_differences = true;
     // Single precision widens every product with a constant; 2 and 4 have none.
     tqfgen::SplitAlg a(k.g, ty, !k.double_data && n != 2 && n != 4);
     std::vector<Handle> x;
@@ -47,6 +47,7 @@ void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, in
         else if (X[q].im.valid()) throw std::logic_error(k.name + ": DC or Nyquist with an imaginary part");
     }
     k.settle_outputs();
+    tqfgen::merge_mirrored_differences(k);
 }
 
 const tqfgen::RegisterFamily kCcs("rfwd_ccs", [](tqfgen::Kernel& k, const std::string& p, int n) {

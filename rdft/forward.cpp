@@ -60,7 +60,8 @@ std::vector<Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<Handl
     if (t == kTrees.end()) throw std::runtime_error("no forward real program of length " + std::to_string(n));
     std::vector<Cx> in;
     for (const Handle& v : x) in.push_back(Cx{v, Handle{}});
-    std::vector<Cx> X = tqfcdft::real_input_dft(a, *tqfcdft::parse_tree(t->second), in, -1);
+    std::vector<Cx> X = tqfcdft::real_input_dft(a, *tqfcdft::parse_tree(t->second), in, -1,
+                                                         tqfcdft::Mirrors::RealFamilies);
     X.resize(n / 2 + 1);
     return X;
 }
