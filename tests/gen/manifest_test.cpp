@@ -160,6 +160,23 @@ TEST(Manifest, InverseCountsEqualForward) {
 
 namespace {
 
+// The real kernels negate nothing by a sign operation (a negated output is
+// stored as 0.0 - t) and multiply by no trivial constant.
+TEST(Manifest, RealKernelsHaveNoSignOperation) {
+    const std::vector<Row> manifest = read_csv(TQF_MANIFEST_PATH);
+    std::map<std::string, size_t> column;
+    for (size_t c = 0; c < manifest[0].size(); ++c) column[manifest[0][c]] = c;
+    ASSERT_TRUE(column.count("sign_flips") && column.count("trivial_muls"));
+    int checked = 0;
+    for (const Row& r : manifest) {
+        if (r[0].rfind("rfwd_", 0) != 0) continue;
+        EXPECT_EQ(r[column["sign_flips"]], "0") << r[3];
+        EXPECT_EQ(r[column["trivial_muls"]], "0") << r[3];
+        ++checked;
+    }
+    EXPECT_EQ(checked, 3 * 2 * 63);
+}
+
 // The three layouts of a forward real length are one program with other
 // store offsets: every count is the same.
 TEST(Manifest, RealLayoutsCountTheSame) {
