@@ -31,6 +31,21 @@ const std::map<int, std::string> kTrees = {
     {63, "7d G (3 T 3)"},      {64, "(4 T 4) T 4"},
 };
 
+// The inner transform of length p - 1 of each Rader length, factors in
+// order of action.
+const std::map<int, std::string> kRaderChains = {
+    {13, "3 G 4"},            {17, "(2 T 2) T (2 T 2)"}, {19, "(3 T 3) G 2"},   {23, "2 G 11d"},
+    {29, "7d G 4"},           {31, "(3 G 5d) G 2"},      {37, "(2 T 2) G (3 T 3)"},   {41, "5d G (2 T 4)"},
+    {43, "(2 G 3) G 7d"},     {47, "23 G 2"},            {53, "(2 T 2) G 13"},        {59, "29 G 2"},
+    {61, "(3 G 5d) G 4"},
+};
+
+std::string rader_chain(int p) {
+    const auto it = kRaderChains.find(p);
+    if (it == kRaderChains.end()) throw std::runtime_error("no Rader chain for " + std::to_string(p));
+    return it->second;
+}
+
 bool is_odd_prime(int n) {
     if (n < 3 || n % 2 == 0) return false;
     for (int d = 3; d * d <= n; d += 2)
@@ -54,7 +69,7 @@ std::vector<Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<Handl
     if (is_odd_prime(n)) {
         // 3, 5, 7, 11 in the direct form; every larger prime by Rader.
         if (n <= 11) return from_halves(tqfcdft::direct_rows(a, n, x), n);
-        return from_halves(tqfcdft::rader_halves(a, n, x, *tqfcdft::real_lane_chain(n)), n);
+        return from_halves(tqfcdft::rader_halves(a, n, x, *tqfcdft::parse_tree(rader_chain(n))), n);
     }
     const auto t = kTrees.find(n);
     if (t == kTrees.end()) throw std::runtime_error("no forward real program of length " + std::to_string(n));
