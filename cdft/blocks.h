@@ -100,6 +100,7 @@ Vec<A> block(A& a, const std::string& name, const Vec<A>& x, int dir) {
     if (name == "5w") return dft5w(a, x, dir);
     if constexpr (std::is_same_v<A, tqfgen::SplitAlg>) {
         if (name.back() == 'd') return direct_block(a, std::stoi(name), x, dir);
+        if (name.back() == 'r') return rader_lane_block(a, std::stoi(name), x, dir);
     }
     if constexpr (std::is_same_v<A, tqfgen::PairAlg>) {
         if (name == "8" || name == "16") return pair_pow2(a, x, dir);

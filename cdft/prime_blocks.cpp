@@ -35,6 +35,13 @@ std::vector<tqfgen::Cx> direct_block(tqfgen::SplitAlg& a, int p, const std::vect
     return real_lane_block(a, p, x, dir, direct_rows);
 }
 
+std::vector<tqfgen::Cx> rader_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
+    const auto rader = [](tqfgen::SplitAlg& s, int q, const std::vector<tqfgen::Handle>& v) {
+        return rader_halves(s, q, v, *real_lane_chain(q));
+    };
+    return real_lane_block(a, p, x, dir, rader);
+}
+
 std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {
     check(p);
     tqfgen::SplitAlg la(a.graph(), tqfgen::Ty::V2D);

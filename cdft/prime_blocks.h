@@ -18,6 +18,10 @@ std::vector<tqfgen::Cx> prime_block(tqfgen::SplitAlg& a, int p, const std::vecto
 // five-point block of the real families, m * m products per real sequence).
 std::vector<tqfgen::Cx> direct_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
 
+// Rader's algorithm in the real-lane form for any prime with a chain, 7 and
+// 11 included ("11r": the eleven-point block of the inverse real programs).
+std::vector<tqfgen::Cx> rader_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
+
 // Rader's real-lane form for a prime that otherwise takes the direct form
 // (the "7r" variant block of a factor tree).
 std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir);

@@ -19,7 +19,7 @@ const std::map<int, std::string>& real_lane_chains() {
     // Factors of p - 1 in the order in which they act; G where coprime, so
     // that only trivial rotations stand between the factors of a power of two.
     static const std::map<int, std::string> chains = {
-        {7, "2 G 3"},                 {13, "3 G (2 T 2)"},          {17, "(2 T 2) T (2 T 2)"},
+        {7, "2 G 3"},                 {11, "5d G 2"},               {13, "3 G (2 T 2)"},          {17, "(2 T 2) T (2 T 2)"},
         {19, "(2 G 3) T 3"},          {23, "2 G 11"},               {29, "(2 T 2) G 7"},
         {31, "(3 G 5w) G 2"},         {37, "((2 T 2) G 3) T 3"},    {41, "5 G ((2 T 2) T 2)"},
         {43, "(2 G 7) G 3"},          {47, "23 G 2"},               {53, "13 G (2 T 2)"},

@@ -24,7 +24,7 @@ struct Parser {
             return t;
         }
         auto leaf = std::make_shared<Tree>();
-        while (i < s.size() && (std::isdigit(static_cast<unsigned char>(s[i])) || s[i] == 'w' || s[i] == 'v' || s[i] == 'd')) leaf->block += s[i++];
+        while (i < s.size() && (std::isdigit(static_cast<unsigned char>(s[i])) || s[i] == 'w' || s[i] == 'v' || s[i] == 'd' || s[i] == 'r')) leaf->block += s[i++];
         if (leaf->block.empty()) throw std::runtime_error("bad tree: " + s);
         leaf->size = std::stoi(leaf->block);
         return leaf;

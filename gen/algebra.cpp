@@ -41,7 +41,13 @@ Handle SplitAlg::twice(Handle h, int levels) {
     }
     if (n.op == Op::Mul && levels > 0) {
         std::vector<double> v;
-        for (double x : g_.node(n.b).cval) v.push_back(2 * x);
+        bool unit = true;
+        for (double x : g_.node(n.b).cval) {
+            v.push_back(2 * x);
+            unit = unit && 2 * x == 1.0;
+        }
+        // Twice a half is the value itself, not a product by 1.0.
+        if (unit && g_.node(n.a).ty == n.ty) return h.neg ? -Handle{n.a, false} : Handle{n.a, false};
         const Handle c = g_.constant(g_.node(n.b).ty, v);
         const Handle r = g_.mul(Handle{n.a, false}, c);
         return h.neg ? -r : r;

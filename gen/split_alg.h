@@ -33,6 +33,13 @@ public:
     SplitAlg(Graph& g, Ty data, bool widen = false) : g_(g), data_(data), widen_(widen) {}
 
     Graph& graph() { return g_; }
+    // 2.0 * x in x's own precision (exact; no widening): the doubling of a
+    // harmonic in the inverse real programs.
+    H doubled(H x) {
+        if (!x.valid()) return x;
+        const H two = g_.splat(g_.node(x.id).ty, 2.0);
+        return g_.mul(x, two);
+    }
     Ty data_type() const { return data_; }
     bool widening() const { return widen_; }
     // Register type of products with constants.

@@ -8,6 +8,7 @@
 #include "formats.h"
 #include "mirror.h"
 #include "forward.h"
+#include "inverse.h"
 
 namespace tqfrdft {
 
@@ -50,6 +51,30 @@ void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, in
     tqfgen::merge_mirrored_differences(k);
 }
 
+void build_inverse(tqfgen::Kernel& k, Format f, const std::string& precision, int n) {
+    if (precision != "32f" && precision != "64f") throw std::runtime_error("unknown precision " + precision);
+    k.family = std::string("rinv_") + (f == Format::CCS ? "ccs" : f == Format::Pack ? "pack" : "perm");
+    k.precision = precision;
+    k.length = n;
+    k.name = std::string("tqfgDFTInv_") + format_stem(f) + "ToR_" + std::to_string(n) + "_" + precision;
+    k.form = tqfgen::Form::Scalar;
+    k.double_data = precision == "64f";
+    k.divides_by = tqfgen::Kernel::DividesBy::InvFlag;
+    const Ty ty = k.double_data ? Ty::F64 : Ty::F32;
+    tqfgen::SplitAlg a(k.g, ty, !k.double_data && n != 2 && n != 4);
+    // Harmonics in slot order of the layout; CCS's stored zeros are never read.
+    std::vector<tqfgen::Cx> F(n / 2 + 1);
+    for (int q = 0; q <= n / 2; ++q) {
+        F[q].re = k.g.load_scalar(ty, real_slot(f, n, q));
+        const int im = imag_slot(f, n, q);
+        if (im >= 0) F[q].im = k.g.load_scalar(ty, im);
+    }
+    const std::vector<Handle> x = inverse_real(a, n, F);
+    for (int i = 0; i < n; ++i) k.store_keep_sign(i, x[i]);
+    k.settle_outputs();
+    tqfgen::merge_mirrored_differences(k);
+}
+
 const tqfgen::RegisterFamily kCcs("rfwd_ccs", [](tqfgen::Kernel& k, const std::string& p, int n) {
     build_forward(k, Format::CCS, p, n);
 });
@@ -62,4 +87,20 @@ const tqfgen::RegisterFamily kPerm("rfwd_perm", [](tqfgen::Kernel& k, const std:
 
 }  // namespace
 
+}  // namespace tqfrdft
+
+namespace tqfrdft {
+namespace {
+
+const tqfgen::RegisterFamily kInvCcs("rinv_ccs", [](tqfgen::Kernel& k, const std::string& p, int n) {
+    build_inverse(k, Format::CCS, p, n);
+});
+const tqfgen::RegisterFamily kInvPack("rinv_pack", [](tqfgen::Kernel& k, const std::string& p, int n) {
+    build_inverse(k, Format::Pack, p, n);
+});
+const tqfgen::RegisterFamily kInvPerm("rinv_perm", [](tqfgen::Kernel& k, const std::string& p, int n) {
+    build_inverse(k, Format::Perm, p, n);
+});
+
+}  // namespace
 }  // namespace tqfrdft

@@ -34,7 +34,7 @@ const std::map<int, std::string> kTrees = {
 // The inner transform of length p - 1 of each Rader length, factors in
 // order of action.
 const std::map<int, std::string> kRaderChains = {
-    {13, "3 G 4"},            {17, "(2 T 2) T (2 T 2)"}, {19, "(3 T 3) G 2"},   {23, "2 G 11d"},
+    {11, "5d G 2"},           {13, "3 G 4"},            {17, "(2 T 2) T (2 T 2)"}, {19, "(3 T 3) G 2"},   {23, "2 G 11d"},
     {29, "7d G 4"},           {31, "(3 G 5d) G 2"},      {37, "(2 T 2) G (3 T 3)"},   {41, "5d G (2 T 4)"},
     {43, "(2 G 3) G 7d"},     {47, "23 G 2"},            {53, "(2 T 2) G 13"},        {59, "29 G 2"},
     {61, "(3 G 5d) G 4"},
@@ -65,20 +65,24 @@ std::vector<Cx> from_halves(const tqfcdft::Halves& h, int p) {
 
 const std::map<int, std::string>& forward_real_trees() { return kTrees; }
 
-std::vector<Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<Handle>& x) {
-    if (is_odd_prime(n)) {
-        // 3, 5, 7, 11 in the direct form; every larger prime by Rader.
-        if (n <= 11) return from_halves(tqfcdft::direct_rows(a, n, x), n);
-        return from_halves(tqfcdft::rader_halves(a, n, x, *tqfcdft::parse_tree(rader_chain(n))), n);
-    }
-    const auto t = kTrees.find(n);
-    if (t == kTrees.end()) throw std::runtime_error("no forward real program of length " + std::to_string(n));
+std::vector<Cx> forward_real_shape(tqfgen::SplitAlg& a, const std::string& shape, const std::vector<Handle>& x) {
+    const int n = static_cast<int>(x.size());
+    if (shape == "direct") return from_halves(tqfcdft::direct_rows(a, n, x), n);
+    if (shape == "rader") return from_halves(tqfcdft::rader_halves(a, n, x, *tqfcdft::parse_tree(rader_chain(n))), n);
+    const auto t = tqfcdft::parse_tree(shape);
+    if (t->size != n) throw std::logic_error("forward real program: tree " + shape + " for length " + std::to_string(n));
     std::vector<Cx> in;
     for (const Handle& v : x) in.push_back(Cx{v, Handle{}});
-    std::vector<Cx> X = tqfcdft::real_input_dft(a, *tqfcdft::parse_tree(t->second), in, -1,
-                                                         tqfcdft::Mirrors::RealFamilies);
+    std::vector<Cx> X = tqfcdft::real_input_dft(a, *t, in, -1, tqfcdft::Mirrors::RealFamilies);
     X.resize(n / 2 + 1);
     return X;
+}
+
+std::vector<Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<Handle>& x) {
+    if (is_odd_prime(n)) return forward_real_shape(a, n <= 11 ? "direct" : "rader", x);
+    const auto t = kTrees.find(n);
+    if (t == kTrees.end()) throw std::runtime_error("no forward real program of length " + std::to_string(n));
+    return forward_real_shape(a, t->second, x);
 }
 
 }  // namespace tqfrdft

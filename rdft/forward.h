@@ -16,6 +16,12 @@ namespace tqfrdft {
 // negation, and the store turns it into 0.0 - (t * scale).
 std::vector<tqfgen::Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<tqfgen::Handle>& x);
 
+// The program of one shape over x (its length is x's): "direct" (an odd
+// prime in the direct form), "rader" (a prime by Rader's algorithm over
+// this family's chain), or a factor tree.
+std::vector<tqfgen::Cx> forward_real_shape(tqfgen::SplitAlg& a, const std::string& shape,
+                                           const std::vector<tqfgen::Handle>& x);
+
 // The factor tree of each composite length, factors in order of action
 // ("5d", "7d", "11d": the odd prime blocks in the direct form of the real
 // families, without reduction).

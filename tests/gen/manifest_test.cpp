@@ -169,25 +169,27 @@ TEST(Manifest, RealKernelsHaveNoSignOperation) {
     ASSERT_TRUE(column.count("sign_flips") && column.count("trivial_muls"));
     int checked = 0;
     for (const Row& r : manifest) {
-        if (r[0].rfind("rfwd_", 0) != 0) continue;
+        if (r[0].rfind("rfwd_", 0) != 0 && r[0].rfind("rinv_", 0) != 0) continue;
         EXPECT_EQ(r[column["sign_flips"]], "0") << r[3];
         EXPECT_EQ(r[column["trivial_muls"]], "0") << r[3];
+        // Every output of an inverse is a sum or difference times the scale.
+        if (r[0].rfind("rinv_", 0) == 0) EXPECT_EQ(r[column["zero_sub_stores"]], "0") << r[3];
         ++checked;
     }
-    EXPECT_EQ(checked, 3 * 2 * 63);
+    EXPECT_EQ(checked, 2 * 3 * 2 * 63);
 }
 
-// The three layouts of a forward real length are one program with other
+// The three layouts of a real length are one program with other load or
 // store offsets: every count is the same.
 TEST(Manifest, RealLayoutsCountTheSame) {
     const std::vector<Row> manifest = read_csv(TQF_MANIFEST_PATH);
     std::map<std::string, Row> ccs;
     for (const Row& r : manifest)
-        if (r[0] == "rfwd_ccs") ccs[r[1] + "," + r[2]] = r;
+        if (r[0] == "rfwd_ccs" || r[0] == "rinv_ccs") ccs[r[0].substr(0, 5) + "," + r[1] + "," + r[2]] = r;
     int compared = 0;
     for (const Row& r : manifest) {
-        if (r[0] != "rfwd_pack" && r[0] != "rfwd_perm") continue;
-        auto it = ccs.find(r[1] + "," + r[2]);
+        if (r[0] != "rfwd_pack" && r[0] != "rfwd_perm" && r[0] != "rinv_pack" && r[0] != "rinv_perm") continue;
+        auto it = ccs.find(r[0].substr(0, 5) + "," + r[1] + "," + r[2]);
         ASSERT_NE(it, ccs.end()) << r[0] << " " << r[1] << " " << r[2] << " without CCS kernel";
         for (size_t c = 4; c < r.size(); ++c)
             EXPECT_EQ(r[c], it->second[c]) << r[3] << " column " << manifest[0][c];

@@ -20,10 +20,12 @@ bool scalar_counts(const AnyKernel& k, size_t* in, size_t* out) {
         *in = *out = (complex ? 2u : 1u) * static_cast<size_t>(k.size);
         return true;
     }
-    if (family.rfind("rfwd_", 0) == 0) {  // a real sequence in, a packed spectrum out
+    if (family.rfind("rfwd_", 0) == 0 || family.rfind("rinv_", 0) == 0) {  // a sequence and a packed spectrum
         const size_t n = static_cast<size_t>(k.size);
-        *in = n;
-        *out = family == "rfwd_ccs" ? n + 2 - n % 2 : n;
+        const size_t spectrum = family.compare(5, 3, "ccs") == 0 ? n + 2 - n % 2 : n;
+        const bool forward = family[1] == 'f';
+        *in = forward ? n : spectrum;
+        *out = forward ? spectrum : n;
         return true;
     }
     if (family == "wht") {

@@ -1,0 +1,71 @@
+#include "transpose.h"
+
+#include <map>
+#include <stdexcept>
+
+namespace tqfgen {
+
+std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
+                              const std::vector<Weight>& weights, int inputs) {
+    if (y.size() != weights.size()) throw std::logic_error("transpose: one weight per output");
+    // Contributions to the adjoint of each source node, in order of arrival,
+    // and the doubled weights not yet multiplied out.
+    std::map<int, std::vector<Handle>, std::greater<int>> parts;
+    std::map<int, std::vector<Weight>> doubled;
+    for (size_t j = 0; j < y.size(); ++j) {
+        if (!y[j].valid() || !weights[j].value.valid()) continue;
+        Weight w = weights[j];
+        if (y[j].neg) w.value = -w.value;
+        if (w.doubled) {
+            doubled[y[j].id].push_back(w);
+            parts[y[j].id];
+        } else {
+            parts[y[j].id].push_back(w.value);
+        }
+    }
+    std::vector<Handle> x(inputs);
+    // Operands have lower ids than their users: descending ids visit every
+    // node after all of its users.
+    while (!parts.empty()) {
+        const auto it = parts.begin();
+        const int id = it->first;
+        std::vector<Handle> terms = it->second;
+        parts.erase(it);
+        const Node& n = source.node(id);
+        std::vector<Weight> twice;
+        if (auto d = doubled.find(id); d != doubled.end()) {
+            twice = d->second;
+            doubled.erase(d);
+        }
+        // A doubled weight that is all of a product's adjoint: the product
+        // takes the factor 2.
+        if (n.op == Op::Mul && terms.empty() && twice.size() == 1) {
+            parts[n.a].push_back(target.mul_r(twice[0].value, 2.0L * source.node(n.b).cval.at(0)));
+            continue;
+        }
+        for (const Weight& w : twice) terms.push_back(target.doubled(w.value));
+        Handle z;
+        for (const Handle& t : terms) z = target.add_r(z, t);
+        z = target.settle_r(z);
+        if (!z.valid()) continue;
+        switch (n.op) {
+        case Op::LoadScalar:
+            if (n.index[0] < 0 || n.index[0] >= inputs) throw std::logic_error("transpose: load outside the input");
+            x[n.index[0]] = z;
+            break;
+        case Op::Add:
+            parts[n.a].push_back(z);
+            parts[n.b].push_back(z);
+            break;
+        case Op::Sub:
+            parts[n.a].push_back(z);
+            parts[n.b].push_back(-z);
+            break;
+        case Op::Mul: parts[n.a].push_back(target.mul_r(z, source.node(n.b).cval.at(0))); break;
+        default: throw std::logic_error("transpose: not a linear scalar program");
+        }
+    }
+    return x;
+}
+
+}  // namespace tqfgen

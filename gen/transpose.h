@@ -1,0 +1,34 @@
+// The transpose of a linear program: the program that maps the outputs'
+// weights back to the inputs, y = M x becoming x' = M^T y'. An inverse real
+// transform is, up to the doubling of its interior harmonics, the transpose
+// of a forward real transform whose stages come in the opposite order.
+//
+// The source program is a graph of loads, additions, subtractions and
+// products by constants (built without widening). The transpose is built
+// anew through the target algebra, so that its own precision rule holds:
+// every product by a constant goes through SplitAlg::mul_r, every sum
+// through add_r, and each finished value (the adjoint of a source node, all
+// its contributions summed) is settled once.
+#pragma once
+
+#include <vector>
+
+#include "split_alg.h"
+
+namespace tqfgen {
+
+// The weight of one source output: a target value, doubled or not. A
+// doubled weight is multiplied by 2.0 in its own precision, unless its only
+// use is one product by a constant, which then takes the factor instead.
+struct Weight {
+    Handle value;  // invalid: zero
+    bool doubled = false;
+};
+
+// y: the source outputs (handles into `source`, possibly negated or
+// invalid), one weight each. Returns one target handle per source input, by
+// the load's flat offset 0..inputs-1 (invalid where no output depends on it).
+std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
+                              const std::vector<Weight>& weights, int inputs);
+
+}  // namespace tqfgen

@@ -1,0 +1,66 @@
+#include "inverse.h"
+
+#include <stdexcept>
+
+#include "forward.h"
+#include "transpose.h"
+
+namespace tqfrdft {
+
+using tqfgen::Cx;
+using tqfgen::Handle;
+
+namespace {
+
+// The forward program whose transpose each inverse length is: its stages
+// act in the opposite order (the inverse's first stage works on the
+// spectrum). Powers of two and prime powers keep the forward tree: its last
+// stage, the 4-point (or prime) one, is the one on the spectrum side.
+const std::map<int, std::string> kDuals = {
+    {2, "2"},                   {3, "direct"},              {4, "4"},                   {5, "direct"},
+    {6, "3 G 2"},               {7, "direct"},              {8, "2 T 4"},               {9, "3 T 3"},
+    {10, "5d G 2"},             {11, "rader"},              {12, "4 G 3"},              {13, "rader"},
+    {14, "7d G 2"},             {15, "5d G 3"},             {16, "4 T 4"},              {17, "rader"},
+    {18, "(3 T 3) G 2"},        {19, "rader"},              {20, "4 G 5d"},             {21, "7d G 3"},
+    {22, "2 G 11r"},            {23, "rader"},              {24, "3 G (2 T 4)"},        {25, "5d T 5d"},
+    {26, "13 G 2"},             {27, "(3 T 3) T 3"},        {28, "7d G 4"},             {29, "rader"},
+    {30, "(2 G 5d) G 3"},       {31, "rader"},              {32, "(2 T 4) T 4"},        {33, "11r G 3"},
+    {34, "2 G 17"},             {35, "7d G 5d"},            {36, "(3 T 3) G 4"},        {37, "rader"},
+    {38, "19 G 2"},             {39, "3 G 13"},             {40, "(2 T 4) G 5d"},       {41, "rader"},
+    {42, "(7d G 3) G 2"},       {43, "rader"},              {44, "11r G 4"},            {45, "(3 T 3) G 5d"},
+    {46, "2 G 23"},             {47, "rader"},              {48, "3 G (4 T 4)"},        {49, "7d T 7d"},
+    {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13"},             {53, "rader"},
+    {54, "2 G ((3 T 3) T 3)"},  {55, "11r G 5d"},           {56, "7d G (2 T 4)"},       {57, "19 G 3"},
+    {58, "2 G 29"},             {59, "rader"},              {60, "(5d G 3) G 4"},       {61, "rader"},
+    {62, "2 G 31"},             {63, "7d G (3 T 3)"},       {64, "(4 T 4) T 4"},
+};
+
+}  // namespace
+
+const std::map<int, std::string>& inverse_real_duals() { return kDuals; }
+
+std::vector<Handle> inverse_real(tqfgen::SplitAlg& a, int n, const std::vector<Cx>& F) {
+    const auto d = kDuals.find(n);
+    if (d == kDuals.end()) throw std::runtime_error("no inverse real program of length " + std::to_string(n));
+    // The forward program, as a plain linear graph in double.
+    tqfgen::Graph g;
+    tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
+    std::vector<Handle> x;
+    for (int i = 0; i < n; ++i) x.push_back(g.load_scalar(tqfgen::Ty::F64, i));
+    const std::vector<Cx> X = forward_real_shape(f, d->second, x);
+    // Its outputs weighted by the harmonics, the interior ones doubled first.
+    std::vector<Handle> y;
+    std::vector<tqfgen::Weight> w;
+    for (int k = 0; k <= n / 2; ++k) {
+        const bool interior = k != 0 && 2 * k != n;
+        y.push_back(X[k].re);
+        w.push_back({F[k].re, interior});
+        if (interior) {
+            y.push_back(X[k].im);
+            w.push_back({F[k].im, true});
+        }
+    }
+    return tqfgen::transpose(g, y, a, w, n);
+}
+
+}  // namespace tqfrdft

@@ -1,0 +1,24 @@
+// The inverse real programs: one per length, the same graph in both
+// precisions and all three layouts.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "algebra.h"
+
+namespace tqfrdft {
+
+// x[n] = R0 + (-1)^n R(n/2) + sum_{k=1}^{m} 2 (Rk cos(2 pi nk/N) - Ik sin(2 pi nk/N)),
+// n = 0..N-1, from the harmonics F[k] = (Rk, Ik), k = 0..N/2 (the imaginary
+// parts of DC and Nyquist invalid: never loaded). The interior harmonics are
+// doubled first, by a multiplication by 2.0 in the data's precision; the
+// program is the transpose of a forward real program (gen/transpose.h).
+std::vector<tqfgen::Handle> inverse_real(tqfgen::SplitAlg& a, int n, const std::vector<tqfgen::Cx>& F);
+
+// The forward program ("direct", "rader" or a factor tree) that each
+// length transposes; its stages act in the opposite order.
+const std::map<int, std::string>& inverse_real_duals();
+
+}  // namespace tqfrdft
