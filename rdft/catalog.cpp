@@ -8,6 +8,7 @@
 #include "formats.h"
 #include "mirror.h"
 #include "forward.h"
+#include "hartley.h"
 #include "inverse.h"
 
 namespace tqfrdft {
@@ -75,6 +76,25 @@ void build_inverse(tqfgen::Kernel& k, Format f, const std::string& precision, in
     tqfgen::merge_mirrored_differences(k);
 }
 
+void build_hartley(tqfgen::Kernel& k, const std::string& precision, int n) {
+    if (precision != "32f" && precision != "64f") throw std::runtime_error("unknown precision " + precision);
+    k.family = "hartley";
+    k.precision = precision;
+    k.length = n;
+    k.name = "tqfgHartley_" + std::to_string(n) + "_" + precision;
+    k.form = tqfgen::Form::Scalar;
+    k.double_data = precision == "64f";
+    k.divides_by = tqfgen::Kernel::DividesBy::Both;
+    const Ty ty = k.double_data ? Ty::F64 : Ty::F32;
+    tqfgen::SplitAlg a(k.g, ty, !k.double_data && n != 2 && n != 4);
+    std::vector<Handle> x;
+    for (int i = 0; i < n; ++i) x.push_back(k.g.load_scalar(ty, i));
+    const std::vector<Handle> H = hartley(a, n, x);
+    for (int i = 0; i < n; ++i) k.store_keep_sign(i, H[i]);
+    k.settle_outputs();
+    tqfgen::merge_mirrored_differences(k);
+}
+
 const tqfgen::RegisterFamily kCcs("rfwd_ccs", [](tqfgen::Kernel& k, const std::string& p, int n) {
     build_forward(k, Format::CCS, p, n);
 });
@@ -100,6 +120,16 @@ const tqfgen::RegisterFamily kInvPack("rinv_pack", [](tqfgen::Kernel& k, const s
 });
 const tqfgen::RegisterFamily kInvPerm("rinv_perm", [](tqfgen::Kernel& k, const std::string& p, int n) {
     build_inverse(k, Format::Perm, p, n);
+});
+
+}  // namespace
+}  // namespace tqfrdft
+
+namespace tqfrdft {
+namespace {
+
+const tqfgen::RegisterFamily kHartley("hartley", [](tqfgen::Kernel& k, const std::string& p, int n) {
+    build_hartley(k, p, n);
 });
 
 }  // namespace

@@ -40,6 +40,10 @@ const std::map<int, std::string> kDuals = {
 const std::map<int, std::string>& inverse_real_duals() { return kDuals; }
 
 std::vector<Handle> inverse_real(tqfgen::SplitAlg& a, int n, const std::vector<Cx>& F) {
+    return inverse_real_weighted(a, n, F, true);
+}
+
+std::vector<Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std::vector<Cx>& F, bool doubled) {
     const auto d = kDuals.find(n);
     if (d == kDuals.end()) throw std::runtime_error("no inverse real program of length " + std::to_string(n));
     // The forward program, as a plain linear graph in double.
@@ -54,10 +58,10 @@ std::vector<Handle> inverse_real(tqfgen::SplitAlg& a, int n, const std::vector<C
     for (int k = 0; k <= n / 2; ++k) {
         const bool interior = k != 0 && 2 * k != n;
         y.push_back(X[k].re);
-        w.push_back({F[k].re, interior});
+        w.push_back({F[k].re, interior && doubled});
         if (interior) {
             y.push_back(X[k].im);
-            w.push_back({F[k].im, true});
+            w.push_back({F[k].im, doubled});
         }
     }
     return tqfgen::transpose(g, y, a, w, n);

@@ -17,6 +17,11 @@ namespace tqfrdft {
 // program is the transpose of a forward real program (gen/transpose.h).
 std::vector<tqfgen::Handle> inverse_real(tqfgen::SplitAlg& a, int n, const std::vector<tqfgen::Cx>& F);
 
+// The same program with the interior harmonics taken as they are (not
+// doubled) when `doubled` is false: the second half of a Hartley kernel.
+std::vector<tqfgen::Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std::vector<tqfgen::Cx>& F,
+                                                  bool doubled);
+
 // The forward program ("direct", "rader" or a factor tree) that each
 // length transposes; its stages act in the opposite order.
 const std::map<int, std::string>& inverse_real_duals();

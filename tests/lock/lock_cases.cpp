@@ -28,6 +28,10 @@ bool scalar_counts(const AnyKernel& k, size_t* in, size_t* out) {
         *out = forward ? spectrum : n;
         return true;
     }
+    if (family == "hartley") {
+        *in = *out = static_cast<size_t>(k.size);
+        return true;
+    }
     if (family == "wht") {
         *in = *out = size_t{1} << k.size;
         return true;
