@@ -28,8 +28,8 @@ template <class T>
 class RealInverse : public ::testing::Test {
 protected:
     // Largest error relative to the largest output: rounding of the sums and
-    // of the constants, about 1e-7 in single precision (1/sqrt(N) rounded to
-    // float takes part of that) and 5e-16 in double.
+    // of the constants gives up to about 2e-7 in single precision (1/sqrt(N)
+    // rounded to float takes part of that) and 6e-16 in double.
     static constexpr long double kTolerance = sizeof(T) == 4 ? 4e-7L : 2e-15L;
 
     static std::vector<RealKernel<T>> kernels() { return inverse_real_kernels<T>(); }
