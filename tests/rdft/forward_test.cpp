@@ -44,7 +44,7 @@ protected:
     // starts as a pattern so that an element left unwritten shows.
     static std::vector<T> run(const RealKernel<T>& k, const std::vector<T>& x, int flag, size_t src_off = 0,
                               size_t dst_off = 0) {
-        const size_t len = output_length(k.format, k.length);
+        const size_t len = spectrum_length(k.format, k.length);
         GuardedBuffer src(x.size() * sizeof(T), src_off), dst(len * sizeof(T), dst_off);
         std::memcpy(src.bytes(), x.data(), src.size());
         dst.fill_pattern(0x3c);
@@ -57,7 +57,7 @@ protected:
     }
     // src == dst, a buffer of the output's length holding the input first.
     static std::vector<T> run_in_place(const RealKernel<T>& k, const std::vector<T>& x, int flag, size_t off) {
-        const size_t len = output_length(k.format, k.length);
+        const size_t len = spectrum_length(k.format, k.length);
         GuardedBuffer buf(len * sizeof(T), off);
         buf.fill_pattern(0x5a);
         std::memcpy(buf.bytes(), x.data(), x.size() * sizeof(T));
@@ -266,7 +266,7 @@ TYPED_TEST(RealForward, StatusesInOrderAndNothingWrittenOnFailure) {
     const int bad_flags[] = {0, 3, 5, 6, 7, 9, 12, 16, -1, -8, INT_MIN, INT_MAX};
     for (const auto& k : this->kernels()) {
         SCOPED_TRACE(k.name);
-        const size_t len = output_length(k.format, k.length);
+        const size_t len = spectrum_length(k.format, k.length);
         GuardedBuffer src(k.length * sizeof(T), sizeof(T)), dst(len * sizeof(T), 0);
         src.fill_pattern(1);
         dst.fill_pattern(2);
@@ -313,7 +313,7 @@ TYPED_TEST(RealForward, GenericIsTheFixedKernel) {
     for (const auto& k : this->kernels()) {
         const auto& g = generics[static_cast<int>(k.format)];
         const std::vector<T> x = this->random_signal(k.length, 41 + k.length);
-        const size_t len = output_length(k.format, k.length);
+        const size_t len = spectrum_length(k.format, k.length);
         for (int flag : {1, 2, 4, 8}) {
             SCOPED_TRACE(g.name + " length " + std::to_string(k.length) + " flag " + std::to_string(flag));
             GuardedBuffer dst(len * sizeof(T), 0);

@@ -8,7 +8,7 @@ const char* format_name(Format f) {
     return f == Format::CCS ? "CCS" : f == Format::Pack ? "Pack" : "Perm";
 }
 
-size_t output_length(Format f, int n) {
+size_t spectrum_length(Format f, int n) {
     if (f == Format::CCS) return static_cast<size_t>(n % 2 == 0 ? n + 2 : n + 1);
     return static_cast<size_t>(n);
 }
@@ -17,7 +17,7 @@ size_t output_length(Format f, int n) {
 // first; the formats differ in where they begin and in where the real-only
 // ends (harmonic 0, and n/2 for even n) go.
 std::vector<Slot> slot_map(Format f, int n) {
-    std::vector<Slot> map(output_length(f, n), Slot{-1, Part::Zero});
+    std::vector<Slot> map(spectrum_length(f, n), Slot{-1, Part::Zero});
     const bool even = n % 2 == 0;
     const int interior_last = (n - 1) / 2;
     map[0] = {0, Part::Re};
@@ -72,6 +72,34 @@ std::vector<RealGeneric<double>> forward_real_generics<double>() {
             {Format::Pack, table::rfwd_pack_64f_generic.name, table::rfwd_pack_64f_generic.fn},
             {Format::Perm, table::rfwd_perm_64f_generic.name, table::rfwd_perm_64f_generic.fn}};
 }
+template <>
+std::vector<RealKernel<float>> inverse_real_kernels<float>() {
+    std::vector<RealKernel<float>> out;
+    add_rows(out, Format::CCS, table::rinv_ccs_32f);
+    add_rows(out, Format::Pack, table::rinv_pack_32f);
+    add_rows(out, Format::Perm, table::rinv_perm_32f);
+    return out;
+}
+template <>
+std::vector<RealKernel<double>> inverse_real_kernels<double>() {
+    std::vector<RealKernel<double>> out;
+    add_rows(out, Format::CCS, table::rinv_ccs_64f);
+    add_rows(out, Format::Pack, table::rinv_pack_64f);
+    add_rows(out, Format::Perm, table::rinv_perm_64f);
+    return out;
+}
+template <>
+std::vector<RealGeneric<float>> inverse_real_generics<float>() {
+    return {{Format::CCS, table::rinv_ccs_32f_generic.name, table::rinv_ccs_32f_generic.fn},
+            {Format::Pack, table::rinv_pack_32f_generic.name, table::rinv_pack_32f_generic.fn},
+            {Format::Perm, table::rinv_perm_32f_generic.name, table::rinv_perm_32f_generic.fn}};
+}
+template <>
+std::vector<RealGeneric<double>> inverse_real_generics<double>() {
+    return {{Format::CCS, table::rinv_ccs_64f_generic.name, table::rinv_ccs_64f_generic.fn},
+            {Format::Pack, table::rinv_pack_64f_generic.name, table::rinv_pack_64f_generic.fn},
+            {Format::Perm, table::rinv_perm_64f_generic.name, table::rinv_perm_64f_generic.fn}};
+}
 
 std::vector<cld> real_dft(const std::vector<long double>& x) {
     const size_t n = x.size();
@@ -92,6 +120,34 @@ std::vector<cld> real_dft(const std::vector<long double>& x) {
         X[k] = cld(re, im);
     }
     return X;
+}
+
+std::vector<cld> read_spectrum(Format f, int n, const std::vector<long double>& elements) {
+    const std::vector<Slot> map = slot_map(f, n);
+    std::vector<cld> X(n / 2 + 1);
+    for (size_t e = 0; e < map.size(); ++e) {
+        if (map[e].part == Part::Re) X[map[e].k].real(elements[e]);
+        if (map[e].part == Part::Im) X[map[e].k].imag(elements[e]);
+    }
+    return X;
+}
+
+std::vector<long double> real_idft(const std::vector<cld>& X, int n) {
+    const long double pi = 3.141592653589793238462643383279502884L;
+    std::vector<long double> c(n), s(n);
+    for (int e = 0; e < n; ++e) {
+        c[e] = cosl(2 * pi * e / n);
+        s[e] = sinl(2 * pi * e / n);
+    }
+    std::vector<long double> x(n);
+    for (int j = 0; j < n; ++j) {
+        long double acc = X[0].real();
+        if (n % 2 == 0) acc += (j % 2 == 0 ? 1 : -1) * X[n / 2].real();
+        for (int k = 1; k <= (n - 1) / 2; ++k)
+            acc += 2 * (X[k].real() * c[j * k % n] - X[k].imag() * s[j * k % n]);
+        x[j] = acc;
+    }
+    return x;
 }
 
 }  // namespace tqftest
