@@ -3,7 +3,7 @@
 set -euo pipefail
 need=()
 for pkg in cmake g++ g++-multilib qemu-user googletest libgtest-dev libbenchmark-dev \
-           libfftw3-dev binutils make; do
+           libfftw3-dev binutils make pkg-config; do
   dpkg -s "$pkg" >/dev/null 2>&1 || need+=("$pkg")
 done
 [ ${#need[@]} -eq 0 ] && exit 0
