@@ -58,9 +58,18 @@ struct SizedFamilyNames {
     }
 };
 
-constexpr int kFlags[] = {tqfDivFwdByN, tqfDivInvByN, tqfDivBySqrtN, tqfNoDivByAny};
+// Each scale by its name, beside the C flag it stands for.
+struct NamedScale {
+    tqfgen::scale scale;
+    int flag;
+};
+constexpr NamedScale kScales[] = {{tqfgen::scale::fwd_by_n, tqfDivFwdByN},
+                                  {tqfgen::scale::inv_by_n, tqfDivInvByN},
+                                  {tqfgen::scale::by_sqrt_n, tqfDivBySqrtN},
+                                  {tqfgen::scale::none, tqfNoDivByAny}};
 constexpr int kBadFlags[] = {0, 3, 16, -1, INT_MIN};
 
+// A flag value that may be none of the four.
 inline tqfgen::scale as_scale(int flag) { return static_cast<tqfgen::scale>(flag); }
 
 // Inputs made by integer arithmetic, exact in both precisions.

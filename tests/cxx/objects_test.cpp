@@ -195,8 +195,7 @@ TYPED_TEST(CxxObjects, WalshHadamardGivesTheCBitsWithoutAllocating) {
         EXPECT_EQ(w.buffer() != nullptr, bytes > 0);
 
         const std::vector<T> x = make_input<T>(n, order);
-        for (int flag : kFlags) {
-            const tqfgen::scale s = as_scale(flag);
+        for (const auto [s, flag] : kScales) {
             std::vector<T> ref = filled<T>(n);
             ASSERT_EQ(kernel.fn(x.data(), ref.data(), flag, nullptr), tqfStsNoError);
             reset_alloc_log();

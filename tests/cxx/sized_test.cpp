@@ -27,9 +27,8 @@ TYPED_TEST(CxxSized, RunTimeLengthFormsGiveTheKernelsBits) {
         const size_t n = size_t(kernel.size), out = F::out_length(n);
         const std::vector<C> x = make_input<C>(n, kernel.size);
         const std::vector<V> xv = same_bytes<V>(x);
-        for (int flag : kFlags) {
+        for (const auto [s, flag] : kScales) {
             SCOPED_TRACE(std::string(kernel.name) + ", flag " + std::to_string(flag));
-            const tqfgen::scale s = as_scale(flag);
             std::vector<C> ref = filled<C>(out);
             ASSERT_EQ(kernel.fn(x.data(), ref.data(), flag), tqfStsNoError);
 
@@ -69,9 +68,8 @@ TYPED_TEST(CxxSized, CompileTimeLengthFormsGiveTheKernelsBits) {
         const std::vector<V> xv = same_bytes<V>(x);
         auto xa = std::make_unique<std::array<V, N>>();
         std::copy(xv.begin(), xv.end(), xa->begin());
-        for (int flag : kFlags) {
+        for (const auto [s, flag] : kScales) {
             SCOPED_TRACE(std::string(kernel.name) + ", flag " + std::to_string(flag));
-            const tqfgen::scale s = as_scale(flag);
             std::vector<C> ref = filled<C>(out);
             ASSERT_EQ(kernel.fn(x.data(), ref.data(), flag), tqfStsNoError);
 

@@ -26,15 +26,15 @@ TYPED_TEST(CxxSpan, SpanFormsGiveTheKernelsBits) {
         const size_t n = size_t(kernel.size), out = F::out_length(n);
         const std::vector<C> x = make_input<C>(n, kernel.size);
         const std::vector<V> xv = same_bytes<V>(x);
-        for (int flag : kFlags) {
+        for (const auto [s, flag] : kScales) {
             SCOPED_TRACE(std::string(kernel.name) + ", flag " + std::to_string(flag));
             std::vector<C> ref = filled<C>(out);
             ASSERT_EQ(kernel.fn(x.data(), ref.data(), flag), tqfStsNoError);
             std::vector<V> y = filled<V>(out);
-            F::cxx(std::span<const V>(xv), std::span<V>(y), as_scale(flag));
+            F::cxx(std::span<const V>(xv), std::span<V>(y), s);
             EXPECT_TRUE(same_bits(y, ref)) << "span form";
             y = filled<V>(out);
-            EXPECT_EQ(F::nothrow(xv, std::span<V>(y), as_scale(flag)), tqfStsNoError);
+            EXPECT_EQ(F::nothrow(xv, std::span<V>(y), s), tqfStsNoError);
             EXPECT_TRUE(same_bits(y, ref)) << "nothrow span form, src from a vector";
         }
     }

@@ -51,9 +51,8 @@ TYPED_TEST(CxxWht, RunTimeOrderFormsGiveTheKernelsBits) {
         ASSERT_EQ(WhtC<T>::buffer_size(kernel.size, &bytes), tqfStsNoError);
         WorkBuffer work(bytes);
         const std::vector<T> x = make_input<T>(n, kernel.size);
-        for (int flag : kFlags) {
+        for (const auto [s, flag] : kScales) {
             SCOPED_TRACE(std::string(kernel.name) + ", flag " + std::to_string(flag));
-            const tqfgen::scale s = as_scale(flag);
             std::vector<T> ref = filled<T>(n);
             ASSERT_EQ(kernel.fn(x.data(), ref.data(), flag, work.get()), tqfStsNoError);
 
@@ -107,9 +106,8 @@ TYPED_TEST(CxxWht, CompileTimeOrderFormsGiveTheKernelsBits) {
         const std::vector<T> x = make_input<T>(n, Order + 50);
         auto xa = std::make_unique<std::array<T, n>>();
         std::copy(x.begin(), x.end(), xa->begin());
-        for (int flag : kFlags) {
+        for (const auto [s, flag] : kScales) {
             SCOPED_TRACE(std::string(kernel.name) + ", flag " + std::to_string(flag));
-            const tqfgen::scale s = as_scale(flag);
             std::vector<T> ref = filled<T>(n);
             ASSERT_EQ(kernel.fn(x.data(), ref.data(), flag, nullptr), tqfStsNoError);
             std::vector<T> y = filled<T>(n);
