@@ -174,7 +174,7 @@ struct return_status {
     }
 };
 
-inline std::string size_text(const char* what, std::size_t n) { return std::string(what) + " " + std::to_string(n); }
+template <class N> std::string size_text(const char* what, N n) { return std::string(what) + " " + std::to_string(n); }
 
 // ---- The families -----------------------------------------------------------
 // A family tag names the family for messages and gives its output length for
@@ -299,14 +299,14 @@ public:
 
     // Run-time length through the generic entry (which tests it first).
     template <class V, class K = kernels_t<Family, V>>
-    result operator()(const V* src, V* dst, int length, scale s) const {
+    result operator()(const V* src, V* dst, int length, scale s) const noexcept(!Policy::throws) {
         return Policy::check(K::generic(c_ptr(src), c_ptr(dst), length, flag(s)), Family::name,
-                             [&] { return size_text("length", static_cast<std::size_t>(length)); });
+                             [&] { return size_text("length", length); });
     }
 
     // Compile-time length: the fixed kernel of N, called directly.
     template <class V, int N, class K = kernels_t<Family, V>>
-    result operator()(const V* src, V* dst, fixed_size<N>, scale s) const {
+    result operator()(const V* src, V* dst, fixed_size<N>, scale s) const noexcept(!Policy::throws) {
         static_assert(N >= K::first && N <= K::last, "no fixed kernel of this length");
         constexpr auto kernel = K::fixed[N - K::first];
         return Policy::check(kernel(c_ptr(src), c_ptr(dst), flag(s)), Family::name,
@@ -314,20 +314,21 @@ public:
     }
 
     template <class V, class K = kernels_t<Family, V>>
-    result operator()(const std::vector<V>& src, std::vector<V>& dst, scale s) const {
+    result operator()(const std::vector<V>& src, std::vector<V>& dst, scale s) const noexcept(!Policy::throws) {
         return run<K>(src.data(), src.size(), dst.data(), dst.size(), s);
     }
 
     // Both lengths are checked at compile time.
     template <class V, std::size_t N, class K = kernels_t<Family, V>>
-    result operator()(const std::array<V, N>& src, std::array<V, Family::out_length(N)>& dst, scale s) const {
+    result operator()(const std::array<V, N>& src, std::array<V, Family::out_length(N)>& dst, scale s) const
+        noexcept(!Policy::throws) {
         return (*this)(src.data(), dst.data(), fixed<static_cast<int>(N)>, s);
     }
 
 #if defined(TQFGEN_HAS_SPAN)
     // V is deduced from dst; src converts from any contiguous range of V.
     template <class V, std::size_t E, class K = kernels_t<Family, V>>
-    result operator()(std::span<const identity_t<V>> src, std::span<V, E> dst, scale s) const {
+    result operator()(std::span<const identity_t<V>> src, std::span<V, E> dst, scale s) const noexcept(!Policy::throws) {
         return run<K>(src.data(), src.size(), dst.data(), dst.size(), s);
     }
 #endif
@@ -343,7 +344,7 @@ public:
 
 private:
     template <class K, class V>
-    static result run(const V* src, std::size_t n, V* dst, std::size_t dst_n, scale s) {
+    static result run(const V* src, std::size_t n, V* dst, std::size_t dst_n, scale s) noexcept(!Policy::throws) {
         const int length = int_size(n);
         if (length < 0) return Policy::check(tqfStsBadSize, Family::name, [&] { return size_text("length", n); });
         if (dst_n != Family::out_length(n))
@@ -375,13 +376,14 @@ public:
     using result = typename Policy::result;
 
     template <class V, class K = kernels_t<family_wht, V>>
-    result operator()(const V* src, V* dst, int order, scale s, void* buffer = nullptr) const {
+    result operator()(const V* src, V* dst, int order, scale s, void* buffer = nullptr) const noexcept(!Policy::throws) {
         return Policy::check(K::generic(src, dst, order, flag(s), static_cast<unsigned char*>(buffer)),
-                             family_wht::name, [&] { return size_text("order", static_cast<std::size_t>(order)); });
+                             family_wht::name, [&] { return size_text("order", order); });
     }
 
     template <class V, int Order, class K = kernels_t<family_wht, V>>
-    result operator()(const V* src, V* dst, fixed_size<Order>, scale s, void* buffer = nullptr) const {
+    result operator()(const V* src, V* dst, fixed_size<Order>, scale s, void* buffer = nullptr) const
+        noexcept(!Policy::throws) {
         static_assert(Order >= K::first && Order <= K::last, "no Walsh-Hadamard kernel of this order");
         constexpr auto kernel = K::fixed[Order - K::first];
         return Policy::check(kernel(src, dst, flag(s), static_cast<unsigned char*>(buffer)), family_wht::name,
@@ -390,19 +392,22 @@ public:
 
     // The order is that of src's size, which must be a power of two.
     template <class V, class K = kernels_t<family_wht, V>>
-    result operator()(const std::vector<V>& src, std::vector<V>& dst, scale s, void* buffer = nullptr) const {
+    result operator()(const std::vector<V>& src, std::vector<V>& dst, scale s, void* buffer = nullptr) const
+        noexcept(!Policy::throws) {
         return run(src.data(), src.size(), dst.data(), dst.size(), s, buffer);
     }
 
     template <class V, std::size_t N, class K = kernels_t<family_wht, V>>
-    result operator()(const std::array<V, N>& src, std::array<V, N>& dst, scale s, void* buffer = nullptr) const {
+    result operator()(const std::array<V, N>& src, std::array<V, N>& dst, scale s, void* buffer = nullptr) const
+        noexcept(!Policy::throws) {
         static_assert(order_of(N) > 0, "a Walsh-Hadamard takes 2^order elements");
         return (*this)(src.data(), dst.data(), fixed<order_of(N)>, s, buffer);
     }
 
 #if defined(TQFGEN_HAS_SPAN)
     template <class V, std::size_t E, class K = kernels_t<family_wht, V>>
-    result operator()(std::span<const identity_t<V>> src, std::span<V, E> dst, scale s, void* buffer = nullptr) const {
+    result operator()(std::span<const identity_t<V>> src, std::span<V, E> dst, scale s, void* buffer = nullptr) const
+        noexcept(!Policy::throws) {
         return run(src.data(), src.size(), dst.data(), dst.size(), s, buffer);
     }
 #endif
@@ -417,7 +422,7 @@ public:
 
 private:
     template <class V>
-    static result run(const V* src, std::size_t n, V* dst, std::size_t dst_n, scale s, void* buffer) {
+    static result run(const V* src, std::size_t n, V* dst, std::size_t dst_n, scale s, void* buffer) noexcept(!Policy::throws) {
         const int order = order_of(n);
         if (order < 0)
             return Policy::check(tqfStsBadSize, family_wht::name,
