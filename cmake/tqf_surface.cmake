@@ -212,11 +212,13 @@ function(tqf_write_dispatch path)
 endfunction()
 
 # The tests' table: per family and precision the fixed kernels as
-# {size, name, function}, the generic entry, and every fixed kernel of every
-# family in one type-erased list with its entry kind.
+# {size, name, function}, the generic entry, every fixed kernel of every
+# family in one type-erased list with its entry kind, and every generic entry
+# in another with its size range.
 function(tqf_write_test_table path)
   set(typed "")
   set(all "")
+  set(generics "")
   foreach(id IN LISTS TQF_FAMILIES)
     if(TQF_FAMILY_${id}_FIRST STREQUAL "")
       continue()
@@ -234,6 +236,9 @@ function(tqf_write_test_table path)
         endforeach()
         string(APPEND typed "};\ninline const Generic<${kind}GenericFn<tqf${p}>> ${id}_${p}_generic = "
                             "{\"${stem}_${p}\", ${stem}_${p}};\n\n")
+        string(APPEND generics "    {\"${id}\", \"${p}\", Entry::${kind}, ${TQF_FAMILY_${id}_FIRST}, "
+                               "${TQF_FAMILY_${id}_LAST}, \"${stem}_${p}\",\n"
+                               "     reinterpret_cast<void (*)()>(${stem}_${p})},\n")
       endforeach()
     endforeach()
   endforeach()
@@ -255,7 +260,12 @@ function(tqf_write_test_table path)
     "// and precision give.\n"
     "struct AnyKernel {\n    const char* family;\n    const char* precision;\n    Entry entry;\n"
     "    int size;\n    const char* name;\n    void (*fn)();\n};\n"
-    "inline const AnyKernel all_kernels[] = {\n${all}};\n\n}  // namespace tqftest\n")
+    "inline const AnyKernel all_kernels[] = {\n${all}};\n\n"
+    "// Every generic entry, with the range of sizes it accepts (first..last);\n"
+    "// call fn through the generic type of its entry kind and precision.\n"
+    "struct AnyGeneric {\n    const char* family;\n    const char* precision;\n    Entry entry;\n"
+    "    int first;\n    int last;\n    const char* name;\n    void (*fn)();\n};\n"
+    "inline const AnyGeneric all_generics[] = {\n${generics}};\n\n}  // namespace tqftest\n")
   tqf_write_if_changed(${path} "${text}")
 endfunction()
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs the whole test suite three times: x86-64, then i386 (-m32, run
 # under qemu-i386 when the host cannot execute 32-bit code), then x86-64 with
-# the sanitizers. The i386 build uses the kernel generator of the x86-64 build.
+# the sanitizers; last, the thread test with ThreadSanitizer. The i386 and
+# ThreadSanitizer builds use the kernel generator of the x86-64 build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/deps.sh
@@ -20,3 +21,7 @@ cmake --build build-i386 -j"$jobs"
 # The same suite with AddressSanitizer and UndefinedBehaviorSanitizer
 # (x86-64, no recovery), the generator included.
 ./scripts/sanitize.sh
+
+# Every family from many threads at once, with ThreadSanitizer (x86-64; the
+# library and that test only: ./scripts/tsan.sh --all runs the whole suite).
+./scripts/tsan.sh
