@@ -31,7 +31,7 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
         const std::string name = r.benchmark_name();
         const size_t slash = name.rfind('/');
         if (slash == std::string::npos) continue;
-        ns_[name.substr(0, slash)][name.substr(slash + 1)].push_back(r.GetAdjustedRealTime());
+        ns_[name.substr(0, slash)][name.substr(slash + 1)].push_back(r.GetAdjustedCPUTime());
     }
 }
 

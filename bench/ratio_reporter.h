@@ -3,6 +3,11 @@
 // "<case>/<peer>". Further sides of a case ("<case>/<side>", named to the
 // constructor) get their own columns: ns per call and the ratio to the peer.
 //
+// Times are CPU time per call: the benchmarks are single-threaded, so on an
+// idle machine that is the wall time, and on a loaded one it leaves out the
+// time the process waited for a core (which wall time does not, by a factor
+// of three on a 2-core machine running a dozen compilers).
+//
 // With --benchmark_repetitions=R (R > 1) every time in the table is the
 // minimum over the R repetitions, the one least disturbed by other load on a
 // shared machine, and a last column gives median(ours)/median(peer) for
