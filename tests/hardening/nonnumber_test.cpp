@@ -119,6 +119,31 @@ bool linear_of(const AnyKernel& k, Shape shape, Linear* m) {
         };
         return true;
     }
+    if (family.rfind("rinv_", 0) == 0) {
+        // x[t] = R0 + (-1)^t R(n/2) + sum_k 2 (Rk cos - Ik sin)(2 pi kt/n); the
+        // CCS slots of the imaginary parts of DC and Nyquist are never read.
+        auto slots = std::make_shared<std::vector<SpectrumSlot>>();
+        for (size_t i = 0; i < m->in; ++i)
+            slots->push_back(spectrum_slot(family.substr(5), static_cast<int>(n), static_cast<int>(i)));
+        auto circle = std::make_shared<Circle>(n);
+        m->coef = [circle, slots, n](size_t o, size_t i) -> double {
+            const SpectrumSlot& slot = (*slots)[i];
+            if (slot.zero) return 0;
+            if (slot.k == 0) return 1;
+            if (2 * slot.k == n) return o % 2 ? -1 : 1;
+            const long long a = (static_cast<long long>(o) * slot.k) % n;
+            return slot.imag ? -2 * circle->sin[a] : 2 * circle->cos[a];
+        };
+        return true;
+    }
+    if (family == "hartley") {
+        auto circle = std::make_shared<Circle>(n);
+        m->coef = [circle, n](size_t o, size_t i) -> double {
+            const long long a = (static_cast<long long>(o) * static_cast<long long>(i)) % n;
+            return circle->cos[a] + circle->sin[a];
+        };
+        return true;
+    }
     if (family == "wht") {
         m->coef = [](size_t o, size_t i) -> double { return __builtin_popcountll(o & i) % 2 ? -1 : 1; };
         return true;

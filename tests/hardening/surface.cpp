@@ -23,6 +23,11 @@ bool shape_of(const std::string& family, const std::string& precision, int size,
         s.out = n % 2 ? n + 1 : n + 2;
     } else if (family == "rfwd_pack" || family == "rfwd_perm") {
         s.in = s.out = n;
+    } else if (family == "rinv_ccs") {
+        s.in = n % 2 ? n + 1 : n + 2;  // the CCS array in (two slots never read), the sequence out
+        s.out = n;
+    } else if (family == "rinv_pack" || family == "rinv_perm" || family == "hartley") {
+        s.in = s.out = n;
     } else if (family == "wht") {
         s.in = s.out = size_t{1} << size;
         s.has_buffer = true;
@@ -32,10 +37,7 @@ bool shape_of(const std::string& family, const std::string& precision, int size,
         if (st != tqfStsNoError) throw std::logic_error("no buffer size for a built order");
         s.buffer_bytes = static_cast<size_t>(bytes);
     }
-    // Families still to come state their counts here, for example:
-    //   inverse real from CCS: in = n + 2 (even n) or n + 1 (odd n), out = n;
-    //   inverse real from Pack or Perm: in = out = n;
-    //   Hartley: in = out = n.
+    // A family added later states its counts here.
     else {
         return false;
     }
