@@ -1,15 +1,16 @@
-// The forward real families of the generator's command line: rfwd_ccs,
-// rfwd_pack and rfwd_perm, precisions 32f and 64f, lengths 2..64. One
-// program per length; the three layouts differ only in their store offsets.
+// The real families of the generator's command line, precisions 32f and
+// 64f, lengths 2..64: forward (rfwd_ccs, rfwd_pack, rfwd_perm), inverse
+// (rinv_ccs, rinv_pack, rinv_perm) and Hartley. One program per length and
+// direction; the three layouts differ only in their store or load offsets.
 #include <stdexcept>
 #include <string>
 
 #include "family.h"
 #include "formats.h"
-#include "mirror.h"
 #include "forward.h"
 #include "hartley.h"
 #include "inverse.h"
+#include "mirror.h"
 
 namespace tqfrdft {
 
@@ -26,21 +27,44 @@ Handle unsettled(const tqfgen::Graph& g, Handle h) {
     return Handle{n.a, h.neg};
 }
 
-void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, int n) {
+const char* layout_id(Format f) { return f == Format::CCS ? "ccs" : f == Format::Pack ? "pack" : "perm"; }
+
+Ty data_type(const tqfgen::Kernel& k) { return k.double_data ? Ty::F64 : Ty::F32; }
+
+// The frame every kernel of these families shares: identity, scalar form,
+// precision and scale rule, and the algebra of its program (single
+// precision widens every product with a constant; 2 and 4 have none).
+tqfgen::SplitAlg start_kernel(tqfgen::Kernel& k, std::string family, std::string name, const std::string& precision,
+                              int n, tqfgen::Kernel::DividesBy divides_by) {
     if (precision != "32f" && precision != "64f") throw std::runtime_error("unknown precision " + precision);
-    k.family = std::string("rfwd_") + (f == Format::CCS ? "ccs" : f == Format::Pack ? "pack" : "perm");
+    k.family = std::move(family);
     k.precision = precision;
     k.length = n;
-    k.name = std::string("tqfgDFTFwd_RTo") + format_stem(f) + "_" + std::to_string(n) + "_" + precision;
+    k.name = std::move(name) + "_" + std::to_string(n) + "_" + precision;
     k.form = tqfgen::Form::Scalar;
     k.double_data = precision == "64f";
-    k.divides_by = tqfgen::Kernel::DividesBy::FwdFlag;
-    const Ty ty = k.double_data ? Ty::F64 : Ty::F32;
-    // Single precision widens every product with a constant; 2 and 4 have none.
-    tqfgen::SplitAlg a(k.g, ty, !k.double_data && n != 2 && n != 4);
+    k.divides_by = divides_by;
+    return tqfgen::SplitAlg(k.g, data_type(k), !k.double_data && n != 2 && n != 4);
+}
+
+std::vector<Handle> load_sequence(tqfgen::Kernel& k, int n) {
     std::vector<Handle> x;
-    for (int i = 0; i < n; ++i) x.push_back(k.g.load_scalar(ty, i));
-    const std::vector<tqfgen::Cx> X = forward_real(a, n, x);
+    for (int i = 0; i < n; ++i) x.push_back(k.g.load_scalar(data_type(k), i));
+    return x;
+}
+
+// Every program of these families ends the same way: stores settled, and
+// mirrored differences merged over the live program.
+void finish_kernel(tqfgen::Kernel& k) {
+    k.settle_outputs();
+    tqfgen::merge_mirrored_differences(k);
+}
+
+void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, int n) {
+    tqfgen::SplitAlg a = start_kernel(k, std::string("rfwd_") + layout_id(f),
+                                      std::string("tqfgDFTFwd_RTo") + format_stem(f), precision, n,
+                                      tqfgen::Kernel::DividesBy::FwdFlag);
+    const std::vector<tqfgen::Cx> X = forward_real(a, n, load_sequence(k, n));
     for (int s : zero_slots(f, n)) k.store_zero(s);
     for (int q = 0; q <= n / 2; ++q) {
         k.store_keep_sign(real_slot(f, n, q), unsettled(k.g, X[q].re));
@@ -48,51 +72,30 @@ void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, in
         if (im >= 0) k.store_keep_sign(im, unsettled(k.g, X[q].im));
         else if (X[q].im.valid()) throw std::logic_error(k.name + ": DC or Nyquist with an imaginary part");
     }
-    k.settle_outputs();
-    tqfgen::merge_mirrored_differences(k);
+    finish_kernel(k);
 }
 
 void build_inverse(tqfgen::Kernel& k, Format f, const std::string& precision, int n) {
-    if (precision != "32f" && precision != "64f") throw std::runtime_error("unknown precision " + precision);
-    k.family = std::string("rinv_") + (f == Format::CCS ? "ccs" : f == Format::Pack ? "pack" : "perm");
-    k.precision = precision;
-    k.length = n;
-    k.name = std::string("tqfgDFTInv_") + format_stem(f) + "ToR_" + std::to_string(n) + "_" + precision;
-    k.form = tqfgen::Form::Scalar;
-    k.double_data = precision == "64f";
-    k.divides_by = tqfgen::Kernel::DividesBy::InvFlag;
-    const Ty ty = k.double_data ? Ty::F64 : Ty::F32;
-    tqfgen::SplitAlg a(k.g, ty, !k.double_data && n != 2 && n != 4);
+    tqfgen::SplitAlg a = start_kernel(k, std::string("rinv_") + layout_id(f),
+                                      std::string("tqfgDFTInv_") + format_stem(f) + "ToR", precision, n,
+                                      tqfgen::Kernel::DividesBy::InvFlag);
     // Harmonics in slot order of the layout; CCS's stored zeros are never read.
     std::vector<tqfgen::Cx> F(n / 2 + 1);
     for (int q = 0; q <= n / 2; ++q) {
-        F[q].re = k.g.load_scalar(ty, real_slot(f, n, q));
+        F[q].re = k.g.load_scalar(data_type(k), real_slot(f, n, q));
         const int im = imag_slot(f, n, q);
-        if (im >= 0) F[q].im = k.g.load_scalar(ty, im);
+        if (im >= 0) F[q].im = k.g.load_scalar(data_type(k), im);
     }
     const std::vector<Handle> x = inverse_real(a, n, F);
     for (int i = 0; i < n; ++i) k.store_keep_sign(i, x[i]);
-    k.settle_outputs();
-    tqfgen::merge_mirrored_differences(k);
+    finish_kernel(k);
 }
 
 void build_hartley(tqfgen::Kernel& k, const std::string& precision, int n) {
-    if (precision != "32f" && precision != "64f") throw std::runtime_error("unknown precision " + precision);
-    k.family = "hartley";
-    k.precision = precision;
-    k.length = n;
-    k.name = "tqfgHartley_" + std::to_string(n) + "_" + precision;
-    k.form = tqfgen::Form::Scalar;
-    k.double_data = precision == "64f";
-    k.divides_by = tqfgen::Kernel::DividesBy::Both;
-    const Ty ty = k.double_data ? Ty::F64 : Ty::F32;
-    tqfgen::SplitAlg a(k.g, ty, !k.double_data && n != 2 && n != 4);
-    std::vector<Handle> x;
-    for (int i = 0; i < n; ++i) x.push_back(k.g.load_scalar(ty, i));
-    const std::vector<Handle> H = hartley(a, n, x);
+    tqfgen::SplitAlg a = start_kernel(k, "hartley", "tqfgHartley", precision, n, tqfgen::Kernel::DividesBy::Both);
+    const std::vector<Handle> H = hartley(a, n, load_sequence(k, n));
     for (int i = 0; i < n; ++i) k.store_keep_sign(i, H[i]);
-    k.settle_outputs();
-    tqfgen::merge_mirrored_differences(k);
+    finish_kernel(k);
 }
 
 const tqfgen::RegisterFamily kCcs("rfwd_ccs", [](tqfgen::Kernel& k, const std::string& p, int n) {
@@ -104,14 +107,6 @@ const tqfgen::RegisterFamily kPack("rfwd_pack", [](tqfgen::Kernel& k, const std:
 const tqfgen::RegisterFamily kPerm("rfwd_perm", [](tqfgen::Kernel& k, const std::string& p, int n) {
     build_forward(k, Format::Perm, p, n);
 });
-
-}  // namespace
-
-}  // namespace tqfrdft
-
-namespace tqfrdft {
-namespace {
-
 const tqfgen::RegisterFamily kInvCcs("rinv_ccs", [](tqfgen::Kernel& k, const std::string& p, int n) {
     build_inverse(k, Format::CCS, p, n);
 });
@@ -121,16 +116,10 @@ const tqfgen::RegisterFamily kInvPack("rinv_pack", [](tqfgen::Kernel& k, const s
 const tqfgen::RegisterFamily kInvPerm("rinv_perm", [](tqfgen::Kernel& k, const std::string& p, int n) {
     build_inverse(k, Format::Perm, p, n);
 });
-
-}  // namespace
-}  // namespace tqfrdft
-
-namespace tqfrdft {
-namespace {
-
 const tqfgen::RegisterFamily kHartley("hartley", [](tqfgen::Kernel& k, const std::string& p, int n) {
     build_hartley(k, p, n);
 });
 
 }  // namespace
+
 }  // namespace tqfrdft
