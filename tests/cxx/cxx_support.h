@@ -10,6 +10,7 @@
 #include <complex>
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -136,8 +137,9 @@ inline const char* expected_name(tqfStatus status) {
 
 // `call` throws a tqfgen::error with `status`, its name, and the name of the
 // call in its message.
-template <class Call>
-::testing::AssertionResult throws_status(Call&& call, tqfStatus status, const std::string& where) {
+// (Not a template: the typed tests call it many times per family.)
+inline ::testing::AssertionResult throws_status(const std::function<void()>& call, tqfStatus status,
+                                                const std::string& where) {
     try {
         call();
     } catch (const tqfgen::error& e) {
@@ -155,12 +157,14 @@ template <class Call>
     return ::testing::AssertionFailure() << "no exception, expected " << expected_name(status);
 }
 
-// Calls f(std::integral_constant<int, First + i>) for i = 0 .. Count - 1.
-template <int First, class F, int... I> void for_each_size(F&& f, std::integer_sequence<int, I...>) {
-    (f(std::integral_constant<int, First + I>{}), ...);
-}
-template <int First, int Last, class F> void for_each_size(F&& f) {
-    for_each_size<First>(f, std::make_integer_sequence<int, Last - First + 1>{});
-}
+// One size's compile-time forms (tqfgen::fixed<N>, its nothrow twin,
+// std::array) as plain functions, so that a test body is compiled once per
+// family and not once per size.
+template <class V> struct CompileTimeCalls {
+    int size;
+    void (*fixed)(const V* src, V* dst, tqfgen::scale s);
+    tqfStatus (*nothrow_fixed)(const V* src, V* dst, tqfgen::scale s);
+    void (*array)(const V* src, V* dst, tqfgen::scale s);  // through std::array copies of src and dst
+};
 
 }  // namespace cxxtest

@@ -39,6 +39,23 @@ struct WorkBuffer {
     std::vector<unsigned char> storage;
 };
 
+template <class T, int Order> CompileTimeCalls<T> compile_time_calls() {
+    constexpr size_t n = size_t(1) << Order;
+    return {Order, [](const T* x, T* y, tqfgen::scale s) { tqfgen::wht(x, y, tqfgen::fixed<Order>, s); },
+            [](const T* x, T* y, tqfgen::scale s) { return tqfgen::nothrow::wht(x, y, tqfgen::fixed<Order>, s); },
+            [](const T* x, T* y, tqfgen::scale s) {
+                auto a = std::make_unique<std::array<T, n>>();
+                auto b = std::make_unique<std::array<T, n>>();
+                std::copy(x, x + n, a->begin());
+                std::copy(y, y + n, b->begin());
+                tqfgen::wht(*a, *b, s);
+                std::copy(b->begin(), b->end(), y);
+            }};
+}
+template <class T, int... I> std::vector<CompileTimeCalls<T>> compile_time_calls(std::integer_sequence<int, I...>) {
+    return {compile_time_calls<T, I + 1>()...};
+}
+
 }  // namespace
 
 // The run-time order forms against the C kernel of every order and flag,
@@ -98,29 +115,26 @@ TYPED_TEST(CxxWht, CallersBufferIsPassedOn) {
 // tqfgen::fixed<Order> and std::array of 2^Order call the kernel of Order.
 TYPED_TEST(CxxWht, CompileTimeOrderFormsGiveTheKernelsBits) {
     using T = TypeParam;
-    for_each_size<1, 13>([](auto order_constant) {
-        constexpr int Order = decltype(order_constant)::value;
-        constexpr size_t n = size_t(1) << Order;
-        const auto& kernel = WhtC<T>::table()[Order - 1];
-        ASSERT_EQ(kernel.size, Order);
-        const std::vector<T> x = make_input<T>(n, Order + 50);
-        auto xa = std::make_unique<std::array<T, n>>();
-        std::copy(x.begin(), x.end(), xa->begin());
+    for (const auto& calls : compile_time_calls<T>(std::make_integer_sequence<int, 13>{})) {
+        const size_t n = size_t(1) << calls.size;
+        const auto& kernel = WhtC<T>::table()[calls.size - 1];
+        ASSERT_EQ(kernel.size, calls.size);
+        const std::vector<T> x = make_input<T>(n, calls.size + 50);
         for (const auto [s, flag] : kScales) {
             SCOPED_TRACE(std::string(kernel.name) + ", flag " + std::to_string(flag));
             std::vector<T> ref = filled<T>(n);
             ASSERT_EQ(kernel.fn(x.data(), ref.data(), flag, nullptr), tqfStsNoError);
             std::vector<T> y = filled<T>(n);
-            tqfgen::wht(x.data(), y.data(), tqfgen::fixed<Order>, s);
+            calls.fixed(x.data(), y.data(), s);
             EXPECT_TRUE(same_bits(y, ref)) << "fixed<Order>";
             y = filled<T>(n);
-            EXPECT_EQ(tqfgen::nothrow::wht(x.data(), y.data(), tqfgen::fixed<Order>, s), tqfStsNoError);
+            EXPECT_EQ(calls.nothrow_fixed(x.data(), y.data(), s), tqfStsNoError);
             EXPECT_TRUE(same_bits(y, ref)) << "nothrow fixed<Order>";
-            auto ya = std::make_unique<std::array<T, n>>();
-            tqfgen::wht(*xa, *ya, s);
-            EXPECT_TRUE(same_bits(ya->data(), n, ref.data(), n)) << "std::array";
+            y = filled<T>(n);
+            calls.array(x.data(), y.data(), s);
+            EXPECT_TRUE(same_bits(y, ref)) << "std::array";
         }
-    });
+    }
 }
 
 // Order outside 1..13, or a container whose size is not 2^order of one:
