@@ -256,32 +256,13 @@ bool dct4_accepts(long long n, bool dbl) {
     return false;
 }
 
-template <class T> struct Dct4;
-template <> struct Dct4<float> {
-    using Spec = tqfgDCT4Spec_32f;
-    static constexpr const char* suffix = "32f";
-    static tqfStatus getSize(int n, int* s) { return tqfgDCT4GetSize_32f(n, s); }
-    static tqfStatus init(Spec** p, int n, void* m) { return tqfgDCT4Init_32f(p, n, m); }
-    static tqfStatus initAlloc(Spec** p, int n) { return tqfgDCT4InitAlloc_32f(p, n); }
-    static tqfStatus release(Spec* p) { return tqfgDCT4Free_32f(p); }
-    static tqfStatus run(const float* x, float* y, const Spec* p) { return tqfgDCT4_32f(x, y, p); }
-};
-template <> struct Dct4<double> {
-    using Spec = tqfgDCT4Spec_64f;
-    static constexpr const char* suffix = "64f";
-    static tqfStatus getSize(int n, int* s) { return tqfgDCT4GetSize_64f(n, s); }
-    static tqfStatus init(Spec** p, int n, void* m) { return tqfgDCT4Init_64f(p, n, m); }
-    static tqfStatus initAlloc(Spec** p, int n) { return tqfgDCT4InitAlloc_64f(p, n); }
-    static tqfStatus release(Spec* p) { return tqfgDCT4Free_64f(p); }
-    static tqfStatus run(const double* x, double* y, const Spec* p) { return tqfgDCT4_64f(x, y, p); }
-};
 
 template <class T>
 long dct4_planner_cases() {
     using D = Dct4<T>;
     using Spec = typename D::Spec;
     const bool dbl = sizeof(T) == 8;
-    const std::string sfx = D::suffix;
+    const std::string sfx = D::name;
     Spec* const sentinel = reinterpret_cast<Spec*>(uintptr_t(0x5EED0));
     long cases = 0;
     std::vector<int> lengths(std::begin(kSizes), std::end(kSizes));
@@ -354,7 +335,7 @@ template <class T>
 long dct4_transform_cases() {
     using D = Dct4<T>;
     using Spec = typename D::Spec;
-    const std::string name = std::string("tqfgDCT4_") + D::suffix;
+    const std::string name = std::string("tqfgDCT4_") + D::name;
     const int32_t damaged[] = {0, 7, -1, INT_MIN, INT_MAX};
     long cases = 0;
     for (int n : {2, 4, 8, 16, 32, 64, 128, 4096}) {

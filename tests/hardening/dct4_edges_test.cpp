@@ -23,30 +23,12 @@
 
 namespace {
 
+using hardening::Dct4;
 using tqftest::Edge;
 using tqftest::FaultReport;
 using tqftest::GuardedArray;
 using tqftest::run_catching_faults;
 
-template <class T> struct Dct4;
-template <> struct Dct4<float> {
-    using Spec = tqfgDCT4Spec_32f;
-    static constexpr const char* name = "32f";
-    static tqfStatus getSize(int n, int* s) { return tqfgDCT4GetSize_32f(n, s); }
-    static tqfStatus init(Spec** p, int n, void* m) { return tqfgDCT4Init_32f(p, n, m); }
-    static tqfStatus initAlloc(Spec** p, int n) { return tqfgDCT4InitAlloc_32f(p, n); }
-    static tqfStatus release(Spec* p) { return tqfgDCT4Free_32f(p); }
-    static tqfStatus run(const float* x, float* y, const Spec* p) { return tqfgDCT4_32f(x, y, p); }
-};
-template <> struct Dct4<double> {
-    using Spec = tqfgDCT4Spec_64f;
-    static constexpr const char* name = "64f";
-    static tqfStatus getSize(int n, int* s) { return tqfgDCT4GetSize_64f(n, s); }
-    static tqfStatus init(Spec** p, int n, void* m) { return tqfgDCT4Init_64f(p, n, m); }
-    static tqfStatus initAlloc(Spec** p, int n) { return tqfgDCT4InitAlloc_64f(p, n); }
-    static tqfStatus release(Spec* p) { return tqfgDCT4Free_64f(p); }
-    static tqfStatus run(const double* x, double* y, const Spec* p) { return tqfgDCT4_64f(x, y, p); }
-};
 
 template <class T> std::vector<T> input(int n, uint32_t seed) {
     std::vector<T> x(n);

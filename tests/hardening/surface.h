@@ -54,4 +54,25 @@ const AnyKernel* fixed_of(const AnyGeneric& g, int size);
 // [-1, 1) and reproducible by seed, as raw bytes.
 std::vector<unsigned char> random_scalars(size_t count, size_t scalar_bytes, uint32_t seed);
 
+// The DCT-IV calls of one precision, by element type.
+template <class T> struct Dct4;
+template <> struct Dct4<float> {
+    using Spec = tqfgDCT4Spec_32f;
+    static constexpr const char* name = "32f";
+    static tqfStatus getSize(int n, int* s) { return tqfgDCT4GetSize_32f(n, s); }
+    static tqfStatus init(Spec** p, int n, void* m) { return tqfgDCT4Init_32f(p, n, m); }
+    static tqfStatus initAlloc(Spec** p, int n) { return tqfgDCT4InitAlloc_32f(p, n); }
+    static tqfStatus release(Spec* p) { return tqfgDCT4Free_32f(p); }
+    static tqfStatus run(const float* x, float* y, const Spec* p) { return tqfgDCT4_32f(x, y, p); }
+};
+template <> struct Dct4<double> {
+    using Spec = tqfgDCT4Spec_64f;
+    static constexpr const char* name = "64f";
+    static tqfStatus getSize(int n, int* s) { return tqfgDCT4GetSize_64f(n, s); }
+    static tqfStatus init(Spec** p, int n, void* m) { return tqfgDCT4Init_64f(p, n, m); }
+    static tqfStatus initAlloc(Spec** p, int n) { return tqfgDCT4InitAlloc_64f(p, n); }
+    static tqfStatus release(Spec* p) { return tqfgDCT4Free_64f(p); }
+    static tqfStatus run(const double* x, double* y, const Spec* p) { return tqfgDCT4_64f(x, y, p); }
+};
+
 }  // namespace hardening
