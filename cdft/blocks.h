@@ -99,6 +99,7 @@ Vec<A> block(A& a, const std::string& name, const Vec<A>& x, int dir) {
     if (name == "5") return dft5(a, x, dir);
     if (name == "5w") return dft5w(a, x, dir);
     if constexpr (std::is_same_v<A, tqfgen::SplitAlg>) {
+        if (name.back() == ']') return rader_form_block(a, std::stoi(name), name.substr(name.find('[')), x, dir);
         if (name.back() == 'd') return direct_block(a, std::stoi(name), x, dir);
         if (name.back() == 'r') return rader_lane_block(a, std::stoi(name), x, dir);
     }

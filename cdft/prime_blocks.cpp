@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "compose.h"
+#include "rader_real.h"
 #include "real_lane.h"
 
 namespace tqfcdft {
@@ -37,15 +38,22 @@ std::vector<tqfgen::Cx> direct_block(tqfgen::SplitAlg& a, int p, const std::vect
 
 std::vector<tqfgen::Cx> rader_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir) {
     const auto rader = [](tqfgen::SplitAlg& s, int q, const std::vector<tqfgen::Handle>& v) {
-        return rader_halves(s, q, v, *real_lane_chain(q));
+        return rader_halves(s, q, v, real_lane_form(q));
     };
     return real_lane_block(a, p, x, dir, rader);
+}
+
+std::vector<tqfgen::Cx> rader_form_block(tqfgen::SplitAlg& a, int p, const std::string& form,
+                                         const std::vector<tqfgen::Cx>& x, int dir) {
+    const RaderForm f = parse_rader_form(form.substr(1, form.size() - 2));
+    return real_lane_block(a, p, x, dir,
+                           [&f](tqfgen::SplitAlg& s, int q, const std::vector<tqfgen::Handle>& v) { return rader_halves(s, q, v, f); });
 }
 
 std::vector<tqfgen::Handle> rader_block(tqfgen::PairAlg& a, int p, const std::vector<tqfgen::Handle>& x, int dir) {
     check(p);
     tqfgen::SplitAlg la(a.graph(), tqfgen::Ty::V2D);
-    return cross_pairs(a, rader_halves(la, p, x, *real_lane_chain(p)), p, dir);
+    return cross_pairs(a, rader_halves(la, p, x, real_lane_form(p)), p, dir);
 }
 
 }  // namespace tqfcdft

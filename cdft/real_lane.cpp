@@ -6,6 +6,7 @@
 
 #include "compose.h"
 #include "prime_math.h"
+#include "rader_real.h"
 #include "real_dft.h"
 #include "tree_ops.h"
 
@@ -15,24 +16,35 @@ using tqfgen::Cx;
 using tqfgen::Handle;
 using tqfgen::Root;
 
-const std::map<int, std::string>& real_lane_chains() {
-    // Factors of p - 1 in the order in which they act; G where coprime, so
-    // that only trivial rotations stand between the factors of a power of two.
-    static const std::map<int, std::string> chains = {
-        {7, "2 G 3"},                 {11, "5d G 2"},               {13, "3 G (2 T 2)"},          {17, "(2 T 2) T (2 T 2)"},
-        {19, "(2 G 3) T 3"},          {23, "2 G 11"},               {29, "(2 T 2) G 7"},
-        {31, "(3 G 5w) G 2"},         {37, "((2 T 2) G 3) T 3"},    {41, "5 G ((2 T 2) T 2)"},
-        {43, "(2 G 7) G 3"},          {47, "23 G 2"},               {53, "13 G (2 T 2)"},
-        {59, "29 G 2"},               {61, "(3 G (2 T 2)) G 5w"},
+const std::map<int, std::string>& real_lane_forms() {
+    // Inner transform of p - 1 (factors in the order in which they act; G
+    // where coprime, so that only trivial rotations stand between the factors
+    // of a power of two), cosine and sine ways back.
+    static const std::map<int, std::string> forms = {
+        {7, "2 G 3 / 3 / 3"},
+        {11, "5d G 2 / 5d / 5d"},
+        {13, "3 G 4 / 2 T 3 / 3"},
+        {17, "(2 T 2) T (2 T 2) / (2 T 2) T 2 / 2 T 2"},
+        {19, "(3 T 3) G 2 / 3 T 3 / 3 T 3"},
+        {23, "2 G 11d / 11r / 11r"},
+        {29, "7d G 4 / 7d G 2 / 7d"},
+        {31, "(3 G 5d) G 2 / 3 G 5d / 3 G 5d"},
+        {37, "((2 T 2) G 3) T 3 / (2 G 3) T 3 / 3 T 3"},
+        {41, "5 G ((2 T 2) T 2) / 5 G (2 T 2) / 5 G 2"},
+        {43, "(2 G 7) G 3 / 7 G 3 / 7 G 3"},
+        {47, "23 G 2 / 23 / 23"},
+        {53, "13 G (2 T 2) / 13 G 2 / 13"},
+        {59, "29 G 2 / 29 / 29"},
+        {61, "(3 G (2 T 2)) G 5w / (3 G 2) G 5w / 3 G 5w"},
     };
-    return chains;
+    return forms;
 }
 
-std::shared_ptr<const Tree> real_lane_chain(int p) {
-    const auto& chains = real_lane_chains();
-    auto it = chains.find(p);
-    if (it == chains.end()) throw std::runtime_error("no real-lane chain for " + std::to_string(p));
-    return parse_tree(it->second);
+RaderForm real_lane_form(int p) {
+    const auto& forms = real_lane_forms();
+    auto it = forms.find(p);
+    if (it == forms.end()) throw std::runtime_error("no real-lane Rader form for " + std::to_string(p));
+    return parse_rader_form(it->second);
 }
 
 Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) { return direct_form(a, p, x, false); }
@@ -65,66 +77,9 @@ Halves direct_form(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, boo
     return h;
 }
 
-Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, const Tree& chain) {
-    // Every lane holds a real sequence, whose inverse transform is the
-    // conjugate of its forward one: the cosine and sine halves are the same
-    // in both directions and only the crossing stage looks at dir. So the
-    // inverse kernels have the forward kernels' operations exactly.
-    const int fwd = -1;
-    const int N = p - 1, m = N / 2;
-    const RaderKernel K(p, fwd);
-    // Elements in the order of the powers of g: a real sequence per lane.
-    std::vector<Cx> y(N);
-    for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};
-    const std::vector<Cx> Y = real_input_dft(a, chain, y, fwd);
-
-    Halves h;
-    h.x0 = a.add_r(x[0], Y[0].re);
-    // Bin 0 goes into every output: x0 - Y0/N stands in bin 0 of the cosine
-    // spectrum. Even bins carry the cosine convolution (a Hermitian kernel),
-    // odd bins the sine one (the kernel is dir i times a Hermitian one; -i
-    // folded into it makes that spectrum Hermitian too). Bin m is real and
-    // takes its kernel's magnitude alone.
-    std::vector<Cx> Fc(N), Fs(N);
-    Fc[0] = Cx{a.settle_r(a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N))), Handle{}};
-    for (int k = 1; k < m; ++k) {
-        const Root kk = k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1);
-        const Handle im_i = a.mul_r(Y[k].im, kk.imag());
-        const Handle re_r = a.mul_r(Y[k].re, kk.real());
-        const Handle re = a.sub_r(re_r, im_i);
-        const Handle im_r = a.mul_r(Y[k].im, kk.real());
-        const Handle re_i = a.mul_r(Y[k].re, kk.imag());
-        const Cx Z = a.settle({re, a.add_r(re_i, im_r)});
-        auto& F = k % 2 == 0 ? Fc : Fs;
-        F[k] = Z;
-        F[N - k] = a.conj(Z);
-    }
-    if (m % 2 == 0) Fc[m] = Cx{a.settle_r(a.mul_r(Y[m].re, K.bin[m].real())), Handle{}};
-    else Fs[m] = Cx{a.settle_r(a.mul_r(Y[m].re, K.bin[m].imag())), Handle{}};
-    // C and -S are the real outputs of the unscaled inverse, by the chain
-    // backwards; only t = 0..m-1 are used.
-    const auto inv = mirror_tree(chain);
-    const std::vector<Cx> c = real_output_dft(a, *inv, Fc, -fwd);
-    const std::vector<Cx> s = real_output_dft(a, *inv, Fs, -fwd);
-
-    h.A.resize(m + 1);
-    h.B.resize(m + 1);
-    for (int t = 0; t < m; ++t) {
-        const int k = K.pow_ginv[t];
-        if (k <= m) {
-            h.A[k] = c[t].re;
-            h.B[k] = a.neg_r(s[t].re);
-        } else {
-            h.A[p - k] = c[t].re;
-            h.B[p - k] = s[t].re;
-        }
-    }
-    return h;
-}
-
 Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
     if (p == 7 || p == 11) return direct_halves(a, p, x);
-    return rader_halves(a, p, x, *real_lane_chain(p));
+    return rader_halves(a, p, x, real_lane_form(p));
 }
 
 std::vector<Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<Cx>& x, int dir, HalvesOf halves) {

@@ -10,6 +10,7 @@
 //   X[k] = A[k] + dir i B[k],   X[p-k] = A[k] - dir i B[k].
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -26,11 +27,11 @@ struct Halves {
 };
 
 
-// The inner transform of Rader's real-lane form of p, as a factor tree of
-// p - 1 whose factors act in the order of the chain.
-std::shared_ptr<const Tree> real_lane_chain(int p);
-// Those chains as text, by p.
-const std::map<int, std::string>& real_lane_chains();
+struct RaderForm;
+// Rader's real-lane form of each prime from 13 (see rader_real.h), and
+// those forms as text, by p.
+RaderForm real_lane_form(int p);
+const std::map<int, std::string>& real_lane_forms();
 
 Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
 // The direct form as the real families write it: the sine row of bin k sums
@@ -39,13 +40,12 @@ Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handl
 // sum's (B[k] is its negation, free).
 Halves direct_rows(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
 Halves direct_form(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, bool forward_sines);
-Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const Tree& chain);
 // The method of the block: direct form for 7 and 11, Rader otherwise.
 Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
 
 // A complex prime block over lane registers: the real program on the real
 // parts and on the imaginary parts, then the crossing.
-using HalvesOf = Halves (*)(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+using HalvesOf = std::function<Halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x)>;
 std::vector<tqfgen::Cx> real_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir,
                                         HalvesOf halves = prime_halves);
 

@@ -26,6 +26,16 @@ struct Parser {
         auto leaf = std::make_shared<Tree>();
         while (i < s.size() && (std::isdigit(static_cast<unsigned char>(s[i])) || s[i] == 'w' || s[i] == 'v' || s[i] == 'd' || s[i] == 'r')) leaf->block += s[i++];
         if (leaf->block.empty()) throw std::runtime_error("bad tree: " + s);
+        // A Rader block with its own form: "23[2 G 11d / 11d / 11d]".
+        if (i < s.size() && s[i] == '[') {
+            int open = 0;
+            do {
+                if (s[i] == '[') ++open;
+                if (s[i] == ']') --open;
+                leaf->block += s[i++];
+            } while (open > 0 && i < s.size());
+            if (open != 0) throw std::runtime_error("unbalanced Rader form in tree: " + s);
+        }
         leaf->size = std::stoi(leaf->block);
         return leaf;
     }

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "rader_real.h"
 #include "real_dft.h"
 #include "real_lane.h"
 #include "tree.h"
@@ -31,19 +32,29 @@ const std::map<int, std::string> kTrees = {
     {63, "7d G (3 T 3)"},      {64, "(4 T 4) T 4"},
 };
 
-// The inner transform of length p - 1 of each Rader length, factors in
-// order of action.
-const std::map<int, std::string> kRaderChains = {
-    {11, "5d G 2"},           {13, "3 G 4"},            {17, "(2 T 2) T (2 T 2)"}, {19, "(3 T 3) G 2"},   {23, "2 G 11d"},
-    {29, "7d G 4"},           {31, "(3 G 5d) G 2"},      {37, "(2 T 2) G (3 T 3)"},   {41, "5d G (2 T 4)"},
-    {43, "(2 G 3) G 7d"},     {47, "23 G 2"},            {53, "(2 T 2) G 13"},        {59, "29 G 2"},
-    {61, "(3 G 5d) G 4"},
+// Rader lengths: the inner transform of p - 1 (factors in order of action),
+// and the cosine and sine ways back (cdft/rader_real.h).
+const std::map<int, std::string> kRaderForms = {
+    {11, "5d G 2 / 5d / 5d"},
+    {13, "3 G 4 / 2 T 3 / 3"},
+    {17, "(2 T 2) T 4 / 4 T 2 / 4"},
+    {19, "(3 T 3) G 2 / 3 T 3 / 3 T 3"},
+    {23, "2 G 11d / 11r / 11r"},
+    {29, "7d G 4 / 7d G 2 / 7d"},
+    {31, "(3 G 5d) G 2 / 3 G 5d / 3 G 5d"},
+    {37, "(2 T 2) G (3 T 3) / 2 G (3 T 3) / 3 T 3"},
+    {41, "5d G (2 T 4) / (2 G 5d) T 2 / 2 G 5d"},
+    {43, "2 G (3 G 7d) / 3 G 7d / 7d G 3"},
+    {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
+    {53, "(2 G 13[3 G 4 / 3 G 2 / 3]) T 2 / 2 G 13[3 G 4 / 3 G 2 / 3] / 13[3 G 4 / 3 G 2 / 3]"},
+    {59, "29 G 2 / 29 / 29"},
+    {61, "(3 G 5d) G 4 / (3 G 5d) G 2 / 3 G 5d"},
 };
 
-std::string rader_chain(int p) {
-    const auto it = kRaderChains.find(p);
-    if (it == kRaderChains.end()) throw std::runtime_error("no Rader chain for " + std::to_string(p));
-    return it->second;
+tqfcdft::RaderForm rader_form(int p) {
+    const auto it = kRaderForms.find(p);
+    if (it == kRaderForms.end()) throw std::runtime_error("no Rader form for " + std::to_string(p));
+    return tqfcdft::parse_rader_form(it->second);
 }
 
 bool is_odd_prime(int n) {
@@ -68,7 +79,9 @@ const std::map<int, std::string>& forward_real_trees() { return kTrees; }
 std::vector<Cx> forward_real_shape(tqfgen::SplitAlg& a, const std::string& shape, const std::vector<Handle>& x) {
     const int n = static_cast<int>(x.size());
     if (shape == "direct") return from_halves(tqfcdft::direct_rows(a, n, x), n);
-    if (shape == "rader") return from_halves(tqfcdft::rader_halves(a, n, x, *tqfcdft::parse_tree(rader_chain(n))), n);
+    if (shape == "rader") return from_halves(tqfcdft::rader_halves(a, n, x, rader_form(n)), n);
+    if (shape.find('/') != std::string::npos)
+        return from_halves(tqfcdft::rader_halves(a, n, x, tqfcdft::parse_rader_form(shape)), n);
     const auto t = tqfcdft::parse_tree(shape);
     if (t->size != n) throw std::logic_error("forward real program: tree " + shape + " for length " + std::to_string(n));
     std::vector<Cx> in;

@@ -17,8 +17,9 @@ namespace tqfrdft {
 std::vector<tqfgen::Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vector<tqfgen::Handle>& x);
 
 // The program of one shape over x (its length is x's): "direct" (an odd
-// prime in the direct form), "rader" (a prime by Rader's algorithm over
-// this family's chain), or a factor tree.
+// prime in the direct form), "rader" (a prime by Rader's algorithm in this
+// family's form), a Rader form of its own ("inner / cosine / sine", see
+// cdft/rader_real.h), or a factor tree.
 std::vector<tqfgen::Cx> forward_real_shape(tqfgen::SplitAlg& a, const std::string& shape,
                                            const std::vector<tqfgen::Handle>& x);
 

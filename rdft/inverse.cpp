@@ -16,20 +16,22 @@ namespace {
 // act in the opposite order (the inverse's first stage works on the
 // spectrum). Powers of two and prime powers keep the forward tree: its last
 // stage, the 4-point (or prime) one, is the one on the spectrum side.
+// Rader lengths take the forward form ("rader") or one of their own, whose
+// cosine and sine transforms are the inverse's first stage.
 const std::map<int, std::string> kDuals = {
     {2, "2"},                   {3, "direct"},              {4, "4"},                   {5, "direct"},
     {6, "3 G 2"},               {7, "direct"},              {8, "2 T 4"},               {9, "3 T 3"},
-    {10, "5d G 2"},             {11, "rader"},              {12, "4 G 3"},              {13, "rader"},
+    {10, "5d G 2"},             {11, "rader"},              {12, "4 G 3"},              {13, "3 T 4 / 2 G 3 / 3"},
     {14, "7d G 2"},             {15, "5d G 3"},             {16, "4 T 4"},              {17, "rader"},
     {18, "(3 T 3) G 2"},        {19, "rader"},              {20, "4 G 5d"},             {21, "7d G 3"},
-    {22, "2 G 11r"},            {23, "rader"},              {24, "3 G (2 T 4)"},        {25, "5d T 5d"},
+    {22, "2 G 11r"},            {23, "2 G 11d / 11d / 11d"},              {24, "3 G (2 T 4)"},        {25, "5d T 5d"},
     {26, "13 G 2"},             {27, "(3 T 3) T 3"},        {28, "7d G 4"},             {29, "rader"},
-    {30, "(2 G 5d) G 3"},       {31, "rader"},              {32, "(2 T 4) T 4"},        {33, "11r G 3"},
-    {34, "2 G 17"},             {35, "7d G 5d"},            {36, "(3 T 3) G 4"},        {37, "rader"},
+    {30, "(2 G 5d) G 3"},       {31, "3 G (2 G 5d) / 3 G 5d / 3 G 5d"},              {32, "(2 T 4) T 4"},        {33, "11r G 3"},
+    {34, "2 G 17"},             {35, "7d G 5d"},            {36, "(3 T 3) G 4"},        {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"},
     {38, "19 G 2"},             {39, "3 G 13"},             {40, "(2 T 4) G 5d"},       {41, "rader"},
     {42, "(7d G 3) G 2"},       {43, "rader"},              {44, "11r G 4"},            {45, "(3 T 3) G 5d"},
     {46, "2 G 23"},             {47, "rader"},              {48, "3 G (4 T 4)"},        {49, "7d T 7d"},
-    {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13"},             {53, "rader"},
+    {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13"},             {53, "(2 T 2) G 13 / 13 T 2 / 13"},
     {54, "2 G ((3 T 3) T 3)"},  {55, "11r G 5d"},           {56, "7d G (2 T 4)"},       {57, "19 G 3"},
     {58, "2 G 29"},             {59, "rader"},              {60, "(5d G 3) G 4"},       {61, "rader"},
     {62, "2 G 31"},             {63, "7d G (3 T 3)"},       {64, "(4 T 4) T 4"},

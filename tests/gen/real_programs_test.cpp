@@ -16,6 +16,7 @@
 #include <ostream>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@
 #include "graph_eval.h"
 #include "primes.h"
 #include "real_dft.h"
+#include "rader_real.h"
 #include "real_lane.h"
 
 namespace {
@@ -77,7 +79,11 @@ std::vector<std::string> all_trees() {
     for (int p : real_lane_primes()) add(std::to_string(p));
     for (const auto& [n, s] : tqfcdft::single_trees()) add(s);
     for (const auto& [n, s] : tqfcdft::double_trees()) add(s);
-    for (const auto& [p, s] : tqfcdft::real_lane_chains()) add(s);
+    // The three trees of each Rader form.
+    for (const auto& [p, s] : tqfcdft::real_lane_forms()) {
+        std::istringstream parts(s);
+        for (std::string t; std::getline(parts, t, '/');) add(t);
+    }
     for (const auto& [p, s] : tqfcdft::rader_chains()) add(s);
     for (const std::string& s : tqfcdft::bluestein_trees()) add(s);
     return v;
@@ -264,7 +270,7 @@ std::vector<HalvesCase> halves_cases() {
         for (int p : real_lane_primes()) {
             v.push_back({p, "block", w});
             v.push_back({p, "direct", w});
-            if (tqfcdft::real_lane_chains().count(p)) v.push_back({p, "rader", w});
+            if (tqfcdft::real_lane_forms().count(p)) v.push_back({p, "rader", w});
         }
     return v;
 }
@@ -279,7 +285,7 @@ TEST_P(RealHalves, AgainstDirectSum) {
     for (int n = 0; n < p; ++n) x.push_back(g.load_scalar(a.data_type(), 2 * n));
     const tqfcdft::Halves h = form == "block"    ? tqfcdft::prime_halves(a, p, x)
                               : form == "direct" ? tqfcdft::direct_halves(a, p, x)
-                                                 : tqfcdft::rader_halves(a, p, x, *tqfcdft::real_lane_chain(p));
+                                                 : tqfcdft::rader_halves(a, p, x, tqfcdft::real_lane_form(p));
     const int m = (p - 1) / 2;
     ASSERT_EQ(static_cast<int>(h.A.size()), m + 1);
     ASSERT_EQ(static_cast<int>(h.B.size()), m + 1);

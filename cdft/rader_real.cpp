@@ -1,0 +1,183 @@
+#include "rader_real.h"
+
+#include <stdexcept>
+
+#include "compose.h"
+#include "prime_math.h"
+#include "real_dft.h"
+#include "transpose.h"
+#include "twiddle.h"
+
+namespace tqfcdft {
+
+using tqfgen::Cx;
+using tqfgen::Handle;
+using tqfgen::Root;
+
+RaderForm parse_rader_form(const std::string& text) {
+    std::vector<std::string> parts(1);
+    int nested = 0;  // inside a nested block's own form
+    for (char c : text) {
+        nested += c == '[' ? 1 : c == ']' ? -1 : 0;
+        if (c == '/' && nested == 0) parts.emplace_back();
+        else parts.back() += c;
+    }
+    if (parts.size() != 3) throw std::runtime_error("Rader form needs inner / cosine / sine: " + text);
+    return RaderForm{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2])};
+}
+
+std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<Cx>& F) {
+    const int n = t.size;
+    tqfgen::Graph g;
+    tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
+    std::vector<Cx> x;
+    for (int i = 0; i < n; ++i) x.push_back(Cx{g.load_scalar(tqfgen::Ty::F64, i), Handle{}});
+    const std::vector<Cx> X = real_input_dft(f, t, x, -1);
+    std::vector<Handle> y;
+    std::vector<tqfgen::Weight> w;
+    for (int k = 0; 2 * k <= n; ++k) {
+        y.push_back(X[k].re);
+        w.push_back({F[k].re});
+        if (k != 0 && 2 * k != n) {
+            y.push_back(X[k].im);
+            w.push_back({F[k].im});
+        }
+    }
+    return tqfgen::transpose(g, y, a, w, n);
+}
+
+namespace {
+
+// Splits a sine tree of length m/2 into its power-of-two and odd parts:
+// "P G O", or one of them alone (the other then has length 1).
+struct SineParts {
+    const Tree* pow2 = nullptr;
+    const Tree* odd = nullptr;
+};
+bool power_of_two(int n) { return (n & (n - 1)) == 0; }
+SineParts sine_parts(const Tree& t) {
+    if (power_of_two(t.size)) return {&t, nullptr};
+    if (t.size % 2 == 1) return {nullptr, &t};
+    if (t.op == 'G' && power_of_two(t.left->size) && t.right->size % 2 == 1) return {t.left.get(), t.right.get()};
+    if (t.op == 'G' && power_of_two(t.right->size) && t.left->size % 2 == 1) return {t.right.get(), t.left.get()};
+    throw std::logic_error("Rader sine tree must be a power of two G an odd length");
+}
+
+long inverse_mod(long a, long n) {
+    for (long b = 1; b < n; ++b)
+        if (a * b % n == 1) return b;
+    return n == 1 ? 0 : throw std::logic_error("no inverse");
+}
+
+// The sine branch of even m: S[t], t = 0..m-1, from the folded odd bins
+// Z[q] (q < m; the bins above are their conjugates). With N = 2^a h' (h'
+// odd) and exp(2 pi i/N) = exp(2 pi i al/2^a) exp(2 pi i be/h'), the odd
+// bins split by q mod 2^a: for each class q1 = 1 mod 4 a complex transform
+// of length h' over q mod h', then per output class t mod h' an
+// odd-frequency real-output transform of length 2^a of those results (the
+// classes q1 = 3 mod 4 are their conjugates): a complex transform of
+// length 2^(a-2) and a rotation of each result by s/2^a of a turn, whose
+// real and negated imaginary parts are the outputs s and s + 2^(a-2).
+// When a = 2 nothing is rotated: the outputs are the real and imaginary
+// parts of the length-h' results as they stand.
+std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int N, const std::vector<Cx>& Z) {
+    const int m = N / 2;
+    if (tree.size != m / 2) throw std::logic_error("Rader sine tree of the wrong length");
+    const SineParts parts = sine_parts(tree);
+    const int hodd = parts.odd ? parts.odd->size : 1, pow2 = N / hodd, quarter = pow2 / 4;
+    const long al = inverse_mod(hodd % pow2, pow2), be = inverse_mod(pow2 % hodd, hodd);
+    const auto bin = [&](int q) { return q < m ? Z[q] : a.conj(Z[N - q]); };
+    // A[r][u]: class q1 = 1 + 4r, output class u (t = u mod h').
+    std::vector<std::vector<Cx>> A(quarter);
+    for (int r = 0; r < quarter; ++r) {
+        std::vector<Cx> P(hodd);
+        for (int q = 0; q < N; ++q)
+            if (q % pow2 == 1 + 4 * r) P[be * q % hodd] = bin(q);
+        A[r] = parts.odd ? eval_tree(a, *parts.odd, P, +1) : P;
+    }
+    std::vector<Handle> S(m);
+    for (int u = 0; u < hodd; ++u) {
+        std::vector<Cx> Q(quarter);
+        for (int r = 0; r < quarter; ++r) Q[r] = A[r][u];
+        const std::vector<Cx> B = parts.pow2 ? eval_tree(a, *parts.pow2, Q, +1) : Q;
+        // T[s] = Re(exp(2 pi i s/2^a) B[s mod quarter]) for s in 0..2^a - 1.
+        std::vector<Handle> T(pow2);
+        for (int s = 0; s < quarter; ++s) {
+            const Cx R = tqfgen::twiddle(a, B[s], tqfgen::unit_root(s, pow2, +1));
+            T[s] = R.re;
+            T[s + quarter] = a.neg_r(R.im);
+            T[s + 2 * quarter] = a.neg_r(R.re);
+            T[s + 3 * quarter] = R.im;
+        }
+        for (int t = u; t < m; t += hodd) S[t] = T[al * t % pow2];
+    }
+    return S;
+}
+
+}  // namespace
+
+Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, const RaderForm& form) {
+    // Every lane holds a real sequence, whose inverse transform is the
+    // conjugate of its forward one: the cosine and sine halves are the same
+    // in both directions and only the crossing stage looks at dir. So the
+    // inverse kernels have the forward kernels' operations exactly.
+    const int fwd = -1;
+    const int N = p - 1, m = N / 2;
+    if (form.inner->size != N || form.cosine->size != m) throw std::logic_error("Rader form of the wrong length");
+    const RaderKernel K(p, fwd);
+    // Elements in the order of the powers of g: a real sequence per lane.
+    std::vector<Cx> y(N);
+    for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};
+    const std::vector<Cx> Y = real_input_dft(a, *form.inner, y, fwd);
+
+    Halves h;
+    h.x0 = a.add_r(x[0], Y[0].re);
+    // Z[k], k = 0..m: bin 0 is x0 - Y0/N, which reaches every output through
+    // the cosine branch. The odd bins' kernel is dir i times a Hermitian one;
+    // -i folded into it makes that spectrum Hermitian too. Bin m is real and
+    // takes its kernel's magnitude alone.
+    std::vector<Cx> Z(m + 1);
+    Z[0] = Cx{a.settle_r(a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N))), Handle{}};
+    for (int k = 1; k < m; ++k) {
+        const Root kk = (k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1)) * 2.0L;
+        const Handle im_i = a.mul_r(Y[k].im, kk.imag());
+        const Handle re_r = a.mul_r(Y[k].re, kk.real());
+        const Handle re = a.sub_r(re_r, im_i);
+        const Handle im_r = a.mul_r(Y[k].im, kk.real());
+        const Handle re_i = a.mul_r(Y[k].re, kk.imag());
+        Z[k] = a.settle({re, a.add_r(re_i, im_r)});
+    }
+    Z[m] = Cx{a.settle_r(a.mul_r(Y[m].re, m % 2 == 0 ? K.bin[m].real() : K.bin[m].imag())), Handle{}};
+
+    std::vector<Cx> even;
+    for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);
+    const std::vector<Handle> C = half_spectrum_sum(a, *form.cosine, even);
+    std::vector<Handle> S;
+    if (m % 2 == 1) {
+        // Odd q = m + 2r (mod N) is r in the transform of length m, and
+        // exp(2 pi i qt/N) = (-1)^t exp(2 pi i rt/m).
+        if (form.sine->size != m) throw std::logic_error("Rader sine tree of the wrong length");
+        std::vector<Cx> odd{Z[m]};
+        for (int r = 1; 2 * r < m; ++r) odd.push_back(a.conj(Z[m - 2 * r]));
+        S = half_spectrum_sum(a, *form.sine, odd);
+        for (int t = 1; t < m; t += 2) S[t] = a.neg_r(S[t]);
+    } else {
+        S = sine_by_quarters(a, *form.sine, N, Z);
+    }
+
+    h.A.resize(m + 1);
+    h.B.resize(m + 1);
+    for (int t = 0; t < m; ++t) {
+        const int k = K.pow_ginv[t];
+        if (k <= m) {
+            h.A[k] = C[t];
+            h.B[k] = a.neg_r(S[t]);
+        } else {
+            h.A[p - k] = C[t];
+            h.B[p - k] = S[t];
+        }
+    }
+    return h;
+}
+
+}  // namespace tqfcdft

@@ -1,0 +1,49 @@
+// Rader's algorithm for a real sequence of prime length p, in the form that
+// the real families and the two-lane double complex blocks share.
+//
+// The elements x[g^n], n = 0..p-2, go through a real-input transform of
+// length N = p - 1 (the inner tree). Its bins are multiplied by the kernel of
+// the convolution, each interior bin by twice its value (its conjugate
+// partner's share folded in). Since cos(2 pi g^n / p) has period m = N/2 and
+// sin(2 pi g^n / p) changes sign after m, the even bins carry the cosine
+// convolution and the odd bins the sine one, and each returns to the index n
+// through a transform of length m:
+//  - the cosine branch through the transpose of a real-input transform of
+//    length m (the cosine tree), its bin 0 being x[0] - S/N;
+//  - the sine branch, for odd m, the same way (a transform of length m over
+//    the odd bins, reindexed; every other output negated);
+//  - for even m, through one complex transform of length m/2 (the sine
+//    tree) of the bins q = 1 mod 4. When m/2 is odd the two factors 4 and
+//    m/2 are coprime and the outputs are real and imaginary parts of its
+//    results as they stand; otherwise each pair of outputs t, t + m/2 is one
+//    rotation by t/N of a turn.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "algebra.h"
+#include "real_lane.h"
+#include "tree.h"
+
+namespace tqfcdft {
+
+struct RaderForm {
+    std::shared_ptr<const Tree> inner;   // length p - 1
+    std::shared_ptr<const Tree> cosine;  // length m
+    std::shared_ptr<const Tree> sine;    // length m (m odd) or m/2 (m even)
+};
+
+// "inner / cosine / sine", three factor trees.
+RaderForm parse_rader_form(const std::string& text);
+
+Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const RaderForm& form);
+
+// t = 0..n-1 of Re sum_{k=0..n/2} F[k] exp(+2 pi i kt/n): the transpose of
+// the real-input transform over the tree, whose stages then act in the
+// opposite order. With its interior harmonics doubled, F is the half of a
+// Hermitian spectrum and the result its real sequence.
+std::vector<tqfgen::Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F);
+
+}  // namespace tqfcdft
