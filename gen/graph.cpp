@@ -91,8 +91,16 @@ Handle Graph::constant(Ty t, const std::vector<double>& lanes, bool keep_sign) {
     return Handle{intern(n), neg};
 }
 
-Handle Graph::splat(Ty t, double value) {
-    return constant(t, std::vector<double>(lane_count(t), value));
+Handle Graph::splat(Ty t, long double value) {
+    const Handle h = constant(t, std::vector<double>(lane_count(t), static_cast<double>(value)));
+    Node& n = nodes_[h.id];
+    if (n.exact == 0) n.exact = h.neg ? -value : value;
+    return h;
+}
+
+long double Graph::exact_value(int const_id) const {
+    const Node& n = nodes_.at(const_id);
+    return n.exact != 0 ? n.exact : n.cval.at(0);
 }
 
 Handle Graph::add(Handle a, Handle b) {

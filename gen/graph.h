@@ -47,6 +47,7 @@ struct Node {
     Ty ty;
     int a = -1, b = -1;           // operands (Mul: b is the constant)
     std::vector<double> cval;     // Const: one value per lane
+    long double exact = 0;        // Const made by splat: the value cval rounds (0: not known)
     std::vector<LaneRef> gather;  // Shuffle: one source per lane
     unsigned flip_mask = 0;       // Flip: lanes negated
     int index[4] = {-1, -1, -1, -1};  // loads: LoadScalar [0] flat offset, LoadPair [0] and
@@ -75,7 +76,11 @@ public:
     // first non-zero lane is moved into the handle so that c*x and -c*x share
     // one product; lane-signed constants (for addsub) keep theirs.
     Handle constant(Ty t, const std::vector<double>& lanes, bool keep_sign = false);
-    Handle splat(Ty t, double value);
+    // A constant equal in every lane that remembers the exact value it
+    // rounds, so that a product of constants can be formed and rounded once.
+    Handle splat(Ty t, long double value);
+    // That exact value, or the stored one where none is known.
+    long double exact_value(int const_id) const;
 
     Handle add(Handle a, Handle b);
     Handle sub(Handle a, Handle b) { return add(a, -b); }

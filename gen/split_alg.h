@@ -67,7 +67,7 @@ public:
         if (c == -1) return -x;
         // Sequenced: the widening is created before the constant.
         const H w = widened(x);
-        return g_.mul(w, g_.splat(product_type(), static_cast<double>(c)));
+        return g_.mul(w, g_.splat(product_type(), c));
     }
     // Product with a constant that differs across lanes, stored per lane with
     // its signs; zero and one lanes are multiplied like the others.

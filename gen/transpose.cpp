@@ -1,9 +1,35 @@
 #include "transpose.h"
 
+#include <cmath>
 #include <map>
 #include <stdexcept>
 
 namespace tqfgen {
+
+namespace {
+
+// Two products by the cosine and the sine of one angle: the adjoint of a
+// value that a rotation took as one of its components.
+bool rotation_terms(const Graph& g, const std::vector<Handle>& terms) {
+    if (terms.size() != 2) return false;
+    long double c[2];
+    for (int i = 0; i < 2; ++i) {
+        if (!terms[i].valid()) return false;
+        const Node& p = g.node(terms[i].id);
+        if (p.op != Op::Mul || g.node(p.b).op != Op::Const) return false;
+        c[i] = g.exact_value(p.b);
+    }
+    return std::fabs(c[0] * c[0] + c[1] * c[1] - 1) < 1e-15L;
+}
+
+// The operand of a product as the data value, before any widening.
+Handle product_operand(const Graph& g, const Handle& t) {
+    const Node& p = g.node(t.id);
+    const Node& w = g.node(p.a);
+    return Handle{w.op == Op::Widen ? w.a : p.a, t.neg};
+}
+
+}  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
                               const std::vector<Weight>& weights, int inputs) {
@@ -40,7 +66,17 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // A doubled weight that is all of a product's adjoint: the product
         // takes the factor 2.
         if (n.op == Op::Mul && terms.empty() && twice.size() == 1) {
-            parts[n.a].push_back(target.mul_r(twice[0].value, 2.0L * source.node(n.b).cval.at(0)));
+            parts[n.a].push_back(target.mul_r(twice[0].value, 2.0L * source.exact_value(n.b)));
+            continue;
+        }
+        // A product whose whole adjoint is one rotation's component: its
+        // constant goes into the rotation's two, one product less (the
+        // 3-point stage's sine before a twiddle, seen from the spectrum).
+        if (n.op == Op::Mul && twice.empty() && rotation_terms(target.graph(), terms)) {
+            const long double k = source.exact_value(n.b);
+            for (const Handle& t : terms)
+                parts[n.a].push_back(target.mul_r(product_operand(target.graph(), t),
+                                                  k * target.graph().exact_value(target.graph().node(t.id).b)));
             continue;
         }
         for (const Weight& w : twice) terms.push_back(target.doubled(w.value));
@@ -61,7 +97,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
             parts[n.a].push_back(z);
             parts[n.b].push_back(-z);
             break;
-        case Op::Mul: parts[n.a].push_back(target.mul_r(z, source.node(n.b).cval.at(0))); break;
+        case Op::Mul: parts[n.a].push_back(target.mul_r(z, source.exact_value(n.b))); break;
         default: throw std::logic_error("transpose: not a linear scalar program");
         }
     }
