@@ -6,6 +6,7 @@
 // another block (k and A - k, b and B - b) is not formed at all.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "algebra.h"
@@ -17,10 +18,33 @@ namespace tqfcdft {
 // Which member of each conjugate pair a real-input transform forms: a choice
 // of signs only (which outputs the graph holds negated), the values and the
 // operation counts are the same. The complex family's Rader chains form the
-// lower columns of every node. The real families form the upper columns of
-// Good-Thomas nodes and take the middle column of a Cooley-Tukey node from
-// its even bins, the odd ones as conjugates.
+// lower columns of every node, with the Ruritanian maps. The real families
+// form, of columns k1 and A - k1, the one whose bin 0 is a harmonic below
+// N/2 (at Cooley-Tukey nodes that is the lower column), take the middle
+// column of a Cooley-Tukey node from its even bins, the odd ones as
+// conjugates, and index the first stage of a Good-Thomas node with an odd
+// first factor by residue (real_family_map).
 enum class Mirrors { Lower, RealFamilies };
+
+// A first factor built with a Rader block (a prime factor from 13): such
+// nodes keep the Ruritanian maps and form the upper columns.
+inline bool rader_first_factor(const Tree& t) {
+    int a = t.left->size, largest = 1;
+    for (int p = 2; p * p <= a; ++p)
+        for (; a % p == 0; a /= p) largest = p;
+    return std::max(largest, a) >= 13;
+}
+
+// The Good-Thomas maps of the real families: Ruritanian for an even first
+// factor; for an odd one, element i of a first-stage block is the input
+// whose index is i mod A, negated unless the factor holds a seven- or
+// eleven-point block.
+inline GoodThomasMap real_family_map(const Tree& t, Mirrors mirrors) {
+    const int A = t.left->size;
+    if (mirrors != Mirrors::RealFamilies || t.op != 'G' || A % 2 == 0 || rader_first_factor(t))
+        return GoodThomasMap::Ruritanian;
+    return A % 7 == 0 || A % 11 == 0 ? GoodThomasMap::Residue : GoodThomasMap::NegatedResidue;
+}
 
 // X[k] = sum_n x[n] exp(dir 2 pi i nk/n) of a real x (imaginary parts zero);
 // the bins above n/2 are conjugates of the lower ones.
@@ -33,7 +57,7 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         X = eval_tree(a, t, x, dir);
         for (int k = 0; k <= N / 2; ++k) set[k] = true;
     } else {
-        const NodeWalk w(t);
+        const NodeWalk w(t, real_family_map(t, mirrors));
         std::vector<std::vector<tqfgen::Cx>> Y(w.B);
         for (int b = 0; b < w.B; ++b) {
             std::vector<tqfgen::Cx> in;
@@ -42,9 +66,11 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         }
         // Of blocks k1 and A - k1 only one is formed: the other's bins are
         // the conjugates of its own.
-        const bool upper = mirrors == Mirrors::RealFamilies && !w.twiddled;
+        const bool real_family_gt = mirrors == Mirrors::RealFamilies && !w.twiddled;
+        const bool upper = real_family_gt && rader_first_factor(t);
         for (int j = 0; 2 * j <= w.A; ++j) {
-            const int k1 = upper && j != 0 ? w.A - j : j;
+            const bool mirror = upper ? j != 0 : real_family_gt && 2 * w.output(j, 0) > w.N;
+            const int k1 = mirror ? w.A - j : j;
             std::vector<tqfgen::Cx> in;
             for (int b = 0; b < w.B; ++b)
                 in.push_back(w.twiddled ? tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir)) : Y[b][k1]);
