@@ -17,10 +17,24 @@ namespace tqfcdft {
 // Which member of each conjugate pair a real-input transform forms: a choice
 // of signs only (which outputs the graph holds negated), the values and the
 // operation counts are the same. The complex family's Rader chains form the
-// lower columns of every node. The real families form the upper columns of
-// Good-Thomas nodes and take the middle column of a Cooley-Tukey node from
-// its even bins, the odd ones as conjugates.
+// lower columns of every node, with the Ruritanian maps. The real families
+// form, of columns k1 and A - k1, the one whose bin 0 is a harmonic below
+// N/2 (at Cooley-Tukey nodes that is the lower column), take the middle
+// column of a Cooley-Tukey node from its even bins, the odd ones as
+// conjugates, and index the first stage of a Good-Thomas node with an odd
+// first factor by residue (real_family_map).
 enum class Mirrors { Lower, RealFamilies };
+
+// The Good-Thomas maps of the real families: Ruritanian for an even first
+// factor; for an odd one, element i of a first-stage block is the input
+// whose index is i mod A, negated unless the factor holds a seven- or
+// eleven-point block.
+inline GoodThomasMap real_family_map(const Tree& t, Mirrors mirrors) {
+    const int A = t.left->size;
+    if (mirrors != Mirrors::RealFamilies || t.op != 'G' || A % 2 == 0)
+        return GoodThomasMap::Ruritanian;
+    return A % 7 == 0 || A % 11 == 0 ? GoodThomasMap::Residue : GoodThomasMap::NegatedResidue;
+}
 
 // X[k] = sum_n x[n] exp(dir 2 pi i nk/n) of a real x (imaginary parts zero);
 // the bins above n/2 are conjugates of the lower ones.
@@ -33,7 +47,7 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         X = eval_tree(a, t, x, dir);
         for (int k = 0; k <= N / 2; ++k) set[k] = true;
     } else {
-        const NodeWalk w(t);
+        const NodeWalk w(t, real_family_map(t, mirrors));
         std::vector<std::vector<tqfgen::Cx>> Y(w.B);
         for (int b = 0; b < w.B; ++b) {
             std::vector<tqfgen::Cx> in;
@@ -42,9 +56,10 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         }
         // Of blocks k1 and A - k1 only one is formed: the other's bins are
         // the conjugates of its own.
-        const bool upper = mirrors == Mirrors::RealFamilies && !w.twiddled;
+        const bool real_family_gt = mirrors == Mirrors::RealFamilies && !w.twiddled;
         for (int j = 0; 2 * j <= w.A; ++j) {
-            const int k1 = upper && j != 0 ? w.A - j : j;
+            const bool mirror = real_family_gt && 2 * w.output(j, 0) > w.N;
+            const int k1 = mirror ? w.A - j : j;
             std::vector<tqfgen::Cx> in;
             for (int b = 0; b < w.B; ++b)
                 in.push_back(w.twiddled ? tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir)) : Y[b][k1]);

@@ -21,10 +21,22 @@ using Input = std::function<V(int)>;
 template <class V>
 using Output = std::function<void(int, const V&)>;
 
+// The index maps of a Good-Thomas node. All of them give first-stage blocks
+// that are plain A-point DFTs; they differ in which input is element i of
+// block b, and so in which differences the blocks form and which imaginary
+// parts end up held negated:
+//   Ruritanian      n = B i + A b,        k = k1 eA + k2 eB
+//   Residue         n = i eA + A b,       k = (B k1 mod A) eA + k2 eB
+//                   (element i is the input with n = i mod A)
+//   NegatedResidue  n and k of Residue, negated mod N
+enum class GoodThomasMap { Ruritanian, Residue, NegatedResidue };
+
 class NodeWalk {
 public:
-    explicit NodeWalk(const Tree& t) : NodeWalk(t.left->size, t.right->size, t.op == 'T') {}
-    NodeWalk(int a, int b, bool twiddles) : A(a), B(b), N(a * b), twiddled(twiddles) {
+    explicit NodeWalk(const Tree& t, GoodThomasMap map = GoodThomasMap::Ruritanian)
+        : NodeWalk(t.left->size, t.right->size, t.op == 'T', map) {}
+    NodeWalk(int a, int b, bool twiddles, GoodThomasMap map = GoodThomasMap::Ruritanian)
+        : A(a), B(b), N(a * b), twiddled(twiddles), map_(twiddles ? GoodThomasMap::Ruritanian : map) {
         // Good-Thomas output: k = k1 mod A, k2 mod B, by the Chinese remainder
         // theorem: k = k1 eA + k2 eB with eA = 1 mod A, 0 mod B, and eB alike.
         for (int k = 0; k < N; ++k) {
@@ -37,13 +49,21 @@ public:
     const bool twiddled;  // T node
 
     // Element of the node's input read as element i of first-stage block b.
-    int input(int b, int i) const { return twiddled ? B * i + b : (B * i + A * b) % N; }
+    int input(int b, int i) const {
+        if (twiddled) return B * i + b;
+        if (map_ == GoodThomasMap::Ruritanian) return (B * i + A * b) % N;
+        return signed_index((i * eA_ + A * b) % N);
+    }
     // Exponent e of the twiddle exp(dir 2 pi i e / N) on bin k1 of
     // first-stage block b; G nodes have none (0).
     long exponent(int b, int k1) const { return twiddled ? static_cast<long>(b) * k1 : 0; }
     tqfgen::Root twiddle(int b, int k1, int dir) const { return tqfgen::unit_root(exponent(b, k1), N, dir); }
     // Element of the node's output written by bin k2 of second-stage block k1.
-    int output(int k1, int k2) const { return twiddled ? k1 + A * k2 : (k1 * eA_ + k2 * eB_) % N; }
+    int output(int k1, int k2) const {
+        if (twiddled) return k1 + A * k2;
+        if (map_ == GoodThomasMap::Ruritanian) return (k1 * eA_ + k2 * eB_) % N;
+        return signed_index(((B * k1) % A * eA_ + k2 * eB_) % N);
+    }
 
     // The input of first-stage block b, read from the node's input.
     template <class V>
@@ -59,6 +79,9 @@ public:
     }
 
 private:
+    int signed_index(int n) const { return map_ == GoodThomasMap::NegatedResidue ? (N - n) % N : n; }
+
+    GoodThomasMap map_;
     int eA_ = 0, eB_ = 0;
 };
 
