@@ -23,7 +23,10 @@ RaderForm parse_rader_form(const std::string& text) {
         else parts.back() += c;
     }
     if (parts.size() != 3) throw std::runtime_error("Rader form needs inner / cosine / sine: " + text);
-    return RaderForm{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2])};
+    const size_t minus = parts[2].find_first_not_of(' ');
+    const bool negated = minus != std::string::npos && parts[2][minus] == '-';
+    if (negated) parts[2].erase(0, minus + 1);
+    return RaderForm{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2]), negated};
 }
 
 std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<Cx>& F) {
@@ -139,7 +142,8 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     std::vector<Cx> Z(m + 1);
     Z[0] = Cx{a.settle_r(a.sub_r(x[0], a.mul_r(Y[0].re, 1.0L / N))), Handle{}};
     for (int k = 1; k < m; ++k) {
-        const Root kk = (k % 2 == 0 ? K.bin[k] : K.bin[k] * Root(0, -1)) * 2.0L;
+        const Root odd(0, form.negated_sine ? 1 : -1);
+        const Root kk = (k % 2 == 0 ? K.bin[k] : K.bin[k] * odd) * 2.0L;
         const Handle im_i = a.mul_r(Y[k].im, kk.imag());
         const Handle re_r = a.mul_r(Y[k].re, kk.real());
         const Handle re = a.sub_r(re_r, im_i);
@@ -147,7 +151,8 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         const Handle re_i = a.mul_r(Y[k].re, kk.imag());
         Z[k] = a.settle({re, a.add_r(re_i, im_r)});
     }
-    Z[m] = Cx{a.settle_r(a.mul_r(Y[m].re, m % 2 == 0 ? K.bin[m].real() : K.bin[m].imag())), Handle{}};
+    const long double zm = m % 2 == 0 ? K.bin[m].real() : form.negated_sine ? -K.bin[m].imag() : K.bin[m].imag();
+    Z[m] = Cx{a.settle_r(a.mul_r(Y[m].re, zm)), Handle{}};
 
     std::vector<Cx> even;
     for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);
@@ -165,6 +170,8 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         S = sine_by_quarters(a, *form.sine, N, Z);
     }
 
+    if (form.negated_sine)
+        for (Handle& s : S) s = a.neg_r(s);
     h.A.resize(m + 1);
     h.B.resize(m + 1);
     for (int t = 0; t < m; ++t) {

@@ -33,9 +33,13 @@ struct RaderForm {
     std::shared_ptr<const Tree> inner;   // length p - 1
     std::shared_ptr<const Tree> cosine;  // length m
     std::shared_ptr<const Tree> sine;    // length m (m odd) or m/2 (m even)
+    // The sine branch formed negated ("-" before the sine tree): the kernel
+    // of the odd bins takes the factor +i instead of -i. Only the signs the
+    // graph holds, and so which parts are stored as 0.0 - t, change.
+    bool negated_sine = false;
 };
 
-// "inner / cosine / sine", three factor trees.
+// "inner / cosine / sine", three factor trees (the sine one may start with "-").
 RaderForm parse_rader_form(const std::string& text);
 
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const RaderForm& form);
