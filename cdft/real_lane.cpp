@@ -1,6 +1,8 @@
 #include "real_lane.h"
 
+#include <algorithm>
 #include <map>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 
@@ -51,6 +53,24 @@ Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) {
 
 Halves direct_rows(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x) { return direct_form(a, p, x, true); }
 
+namespace {
+
+// The rows of the p-point direct form in the order they are formed (see
+// SplitAlg::direct_row_order): 0 the sum of all inputs, k the rows of bin k.
+std::vector<int> formation_order(const tqfgen::SplitAlg& a, int p) {
+    const int m = (p - 1) / 2;
+    std::vector<int> natural(m + 1);
+    std::iota(natural.begin(), natural.end(), 0);
+    const auto chosen = a.direct_row_order.find(p);
+    if (chosen == a.direct_row_order.end()) return natural;
+    std::vector<int> sorted = chosen->second;
+    std::sort(sorted.begin(), sorted.end());
+    if (sorted != natural) throw std::logic_error("direct form of " + std::to_string(p) + ": rows 0..m each once");
+    return chosen->second;
+}
+
+}  // namespace
+
 Halves direct_form(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, bool forward_sines) {
     const int m = (p - 1) / 2;
     std::vector<Handle> s(m + 1), d(m + 1);
@@ -59,11 +79,14 @@ Halves direct_form(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, boo
         d[i] = a.sub_r(x[i], x[p - i]);
     }
     Halves h;
-    h.x0 = x[0];
-    for (int i = 1; i <= m; ++i) h.x0 = a.add_r(h.x0, s[i]);
     h.A.resize(m + 1);
     h.B.resize(m + 1);
-    for (int k = 1; k <= m; ++k) {
+    for (int k : formation_order(a, p)) {
+        if (k == 0) {
+            h.x0 = x[0];
+            for (int i = 1; i <= m; ++i) h.x0 = a.add_r(h.x0, s[i]);
+            continue;
+        }
         Handle A = x[0], B;
         for (int i = 1; i <= m; ++i) {
             const Root w = tqfgen::unit_root(static_cast<long>(i) * k, p, +1);

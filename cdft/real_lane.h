@@ -39,6 +39,8 @@ Halves direct_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handl
 // so that its sign, and with it which outputs are stored negated, is that
 // sum's (B[k] is its negation, free).
 Halves direct_rows(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);
+// Its rows are formed in the order the algebra names for p
+// (SplitAlg::direct_row_order), by default the bin-0 sum and then bins 1..m.
 Halves direct_form(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, bool forward_sines);
 // The method of the block: direct form for 7 and 11, Rader otherwise.
 Halves prime_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x);

@@ -20,6 +20,7 @@
 // combination once; sums of float values stay float.
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include "roots.h"
@@ -101,6 +102,13 @@ public:
         const H re_wi = mul_r(x.re, wi);
         return {re, add_r(re_wi, im_wr)};
     }
+
+    // By prime p, the order in which a p-point block in the direct form
+    // (cdft/real_lane.h) forms its rows: 0 the sum of all inputs, k the
+    // cosine and sine rows of bin k; a prime not listed forms 0, 1, ..., m.
+    // No value depends on it: it is there for the transpose, which sums each
+    // row of an inverse program in the reverse of this order (rdft/inverse.h).
+    std::map<int, std::vector<int>> direct_row_order;
 
 private:
     H widened(H x) { return widen_ && g_.node(x.id).ty == Ty::F32 ? g_.widen(x) : x; }

@@ -8,7 +8,10 @@
 // anew through the target algebra, so that its own precision rule holds:
 // every product by a constant goes through SplitAlg::mul_r, every sum
 // through add_r, and each finished value (the adjoint of a source node, all
-// its contributions summed) is settled once.
+// its contributions summed) is settled once. The contributions to a value
+// are summed in the reverse of the order in which its users were formed in
+// the source, latest first: the source's order of formation is the
+// transpose's order of accumulation.
 #pragma once
 
 #include <vector>

@@ -1,7 +1,8 @@
 // The real families of the generator's command line, precisions 32f and
 // 64f, lengths 2..64: forward (rfwd_ccs, rfwd_pack, rfwd_perm), inverse
 // (rinv_ccs, rinv_pack, rinv_perm) and Hartley. One program per length and
-// direction; the three layouts differ only in their store or load offsets.
+// direction; the three layouts differ only in their store or load offsets,
+// and at five inverse lengths in the order of accumulation of direct rows.
 #include <stdexcept>
 #include <string>
 
@@ -75,6 +76,18 @@ void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, in
     finish_kernel(k);
 }
 
+// The order of accumulation of the direct rows of an inverse kernel. Every
+// layout shares one program, and with it one order, except at five lengths,
+// where the layouts keep orders of their own (docs/real-dft.md): at 7 and 49
+// the rows of the 7-point stages take the harmonics 1, 3, 2 in CCS and 1, 2, 3
+// in Pack and Perm; at 20, 40 and 50 Pack's 5-point rows sum 0, 1, 2, the
+// reverse of the order of CCS and Perm (and of every other length).
+RowOrders inverse_row_orders(Format f, int n) {
+    if (n == 7 || n == 49) return {{7, f == Format::CCS ? std::vector<int>{0, 1, 3, 2} : std::vector<int>{0, 1, 2, 3}}};
+    if (f == Format::Pack && (n == 20 || n == 40 || n == 50)) return {{5, {0, 1, 2}}};
+    return {};
+}
+
 void build_inverse(tqfgen::Kernel& k, Format f, const std::string& precision, int n) {
     tqfgen::SplitAlg a = start_kernel(k, std::string("rinv_") + layout_id(f),
                                       std::string("tqfgDFTInv_") + format_stem(f) + "ToR", precision, n,
@@ -86,7 +99,7 @@ void build_inverse(tqfgen::Kernel& k, Format f, const std::string& precision, in
         const int im = imag_slot(f, n, q);
         if (im >= 0) F[q].im = k.g.load_scalar(data_type(k), im);
     }
-    const std::vector<Handle> x = inverse_real(a, n, F);
+    const std::vector<Handle> x = inverse_real(a, n, F, inverse_row_orders(f, n));
     for (int i = 0; i < n; ++i) k.store_keep_sign(i, x[i]);
     finish_kernel(k);
 }

@@ -41,16 +41,21 @@ const std::map<int, std::string> kDuals = {
 
 const std::map<int, std::string>& inverse_real_duals() { return kDuals; }
 
-std::vector<Handle> inverse_real(tqfgen::SplitAlg& a, int n, const std::vector<Cx>& F) {
-    return inverse_real_weighted(a, n, F, true);
+std::vector<Handle> inverse_real(tqfgen::SplitAlg& a, int n, const std::vector<Cx>& F, const RowOrders& rows) {
+    return inverse_real_weighted(a, n, F, true, rows);
 }
 
-std::vector<Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std::vector<Cx>& F, bool doubled) {
+std::vector<Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std::vector<Cx>& F, bool doubled,
+                                          const RowOrders& rows) {
     const auto d = kDuals.find(n);
     if (d == kDuals.end()) throw std::runtime_error("no inverse real program of length " + std::to_string(n));
-    // The forward program, as a plain linear graph in double.
+    // The forward program, as a plain linear graph in double. The transpose
+    // sums the contributions to a value latest-formed user first, so a row
+    // of the inverse sums in the reverse of the order in which the forward
+    // direct form forms its rows.
     tqfgen::Graph g;
     tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
+    for (const auto& [p, order] : rows) f.direct_row_order[p].assign(order.rbegin(), order.rend());
     std::vector<Handle> x;
     for (int i = 0; i < n; ++i) x.push_back(g.load_scalar(tqfgen::Ty::F64, i));
     const std::vector<Cx> X = forward_real_shape(f, d->second, x);
