@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Runs the benchmarks that compare the library with FFTW (complex DFT, forward
-# real DFT, DCT-IV) and writes docs/speed.md (the machine, a summary and every
-# length's ns per call and ratio) and docs/speed.png (ours and FFTW per length,
-# one panel per family). Installs gnuplot (and python3) when missing: only
-# this script needs them.
+# and inverse real DFT, Hartley, DCT-IV) and writes docs/speed.md (the
+# machine, a summary and every length's ns per call and ratio) and
+# docs/speed.png (ours and FFTW per length, one panel per family). Installs
+# gnuplot (and python3) when missing: only this script needs them.
 #   BUILD_DIR   default build-bench; an existing build is reconfigured with
 #               the benchmarks on
 #   FILTER      a benchmark filter, for a quick look
@@ -28,14 +28,16 @@ else
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=Release -DTQF_BUILD_BENCH=ON \
         -DTQF_BUILD_TESTS=OFF -DTQF_BUILD_EXAMPLES=OFF
 fi
-cmake --build "$dir" -j"$jobs" --target bench_cdft bench_rdft bench_dct4
-for bench in cdft rdft dct4; do
+cmake --build "$dir" -j"$jobs" --target bench_cdft bench_rdft bench_rdft_inverse bench_hartley bench_dct4
+results=()
+for bench in cdft rdft rdft_inverse hartley dct4; do
   echo "running bench_$bench"
   "./$dir/bench/bench_$bench" --benchmark_min_time="${MIN_TIME:-0.05}" \
       --benchmark_repetitions="${REPS:-5}" --benchmark_enable_random_interleaving=true \
       ${FILTER:+--benchmark_filter="$FILTER"} \
       --benchmark_out="$dir/$bench.json" --benchmark_out_format=json > "$dir/$bench.txt"
+  results+=("$dir/$bench.json")
 done
-/usr/bin/env python3 scripts/speed_report.py docs "$dir/cdft.json" "$dir/rdft.json" "$dir/dct4.json"
+/usr/bin/env python3 scripts/speed_report.py docs "${results[@]}"
 gnuplot "$dir/speed.gp"
 echo "wrote docs/speed.md and docs/speed.png"
