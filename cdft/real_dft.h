@@ -1,9 +1,9 @@
-// Transforms of real sequences over the split algebra (any register type,
-// scalar float with widening included): a real-input transform
-// that forms only the bins it cannot take as conjugates of others, and a
-// real-output transform of a Hermitian spectrum that forms only real parts.
-// Both follow a factor tree; a block whose inputs or outputs mirror those of
-// another block (k and A - k, b and B - b) is not formed at all.
+// The transform of a real sequence over the split algebra (any register
+// type, scalar float with widening included): a real-input transform that
+// forms only the bins it cannot take as conjugates of others. It follows a
+// factor tree; a block whose outputs mirror those of another block (k and
+// A - k) is not formed at all. The way back from a Hermitian spectrum is its
+// transpose (half_spectrum_sum in rader_real.h, the inverse real programs).
 #pragma once
 
 #include <vector>
@@ -85,41 +85,6 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
             X[k] = a.conj(X[(N - k) % N]);
         }
     return X;
-}
-
-// Real parts of x[t] = sum_k F[k] exp(dir 2 pi i kt/n) for a Hermitian F
-// (F[n-k] the conjugate of F[k]); the result has no imaginary parts.
-inline std::vector<tqfgen::Cx> real_output_dft(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F, int dir) {
-    const int N = t.size;
-    std::vector<tqfgen::Cx> x(N);
-    if (t.leaf()) {
-        x = eval_tree(a, t, F, dir);
-        for (auto& v : x) v.im = tqfgen::Handle{};
-        return x;
-    }
-    const NodeWalk w(t);
-    std::vector<std::vector<tqfgen::Cx>> T(w.B);
-    // First-stage blocks b > B/2 give the conjugates of blocks B - b (after
-    // the twiddles): never formed. Block 0 has a Hermitian input.
-    for (int b = 0; 2 * b <= w.B; ++b) {
-        std::vector<tqfgen::Cx> in;
-        for (int i = 0; i < w.A; ++i) in.push_back(F[w.input(b, i)]);
-        T[b] = b == 0 ? real_output_dft(a, *t.left, in, dir) : eval_tree(a, *t.left, in, dir);
-        if (w.twiddled)
-            for (int k1 = 0; k1 < w.A; ++k1) T[b][k1] = tqfgen::twiddle(a, T[b][k1], w.twiddle(b, k1, dir));
-    }
-    for (int b = 1; b < w.B; ++b)
-        if (2 * b > w.B) {
-            T[b].resize(w.A);
-            for (int k1 = 0; k1 < w.A; ++k1) T[b][k1] = a.conj(T[w.B - b][k1]);
-        }
-    for (int k1 = 0; k1 < w.A; ++k1) {
-        std::vector<tqfgen::Cx> in;
-        for (int b = 0; b < w.B; ++b) in.push_back(T[b][k1]);
-        const std::vector<tqfgen::Cx> Z = real_output_dft(a, *t.right, in, dir);
-        for (int k2 = 0; k2 < w.B; ++k2) x[w.output(k1, k2)] = Z[k2];
-    }
-    return x;
 }
 
 }  // namespace tqfcdft

@@ -7,10 +7,8 @@
 #include <string>
 
 #include "compose.h"
-#include "prime_math.h"
 #include "rader_real.h"
 #include "real_dft.h"
-#include "tree_ops.h"
 
 namespace tqfcdft {
 
