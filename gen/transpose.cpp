@@ -29,6 +29,24 @@ Handle product_operand(const Graph& g, const Handle& t) {
     return Handle{w.op == Op::Widen ? w.a : p.a, t.neg};
 }
 
+// A weight that is one component of a complex product by a constant (the
+// sum or difference of two products by constants, rounded or not), as those
+// two products with k folded into their constants; invalid if it is not one.
+Handle rotation_times(SplitAlg& a, const Handle& v, long double k) {
+    const Graph& g = a.graph();
+    int id = v.id;
+    if (g.node(id).op == Op::Narrow) id = g.node(id).a;
+    const Node& s = g.node(id);
+    if (s.op != Op::Add && s.op != Op::Sub) return Handle{};
+    const Handle p[2] = {Handle{s.a, false}, Handle{s.b, false}};
+    for (const Handle& h : p)
+        if (g.node(h.id).op != Op::Mul || g.node(g.node(h.id).b).op != Op::Const) return Handle{};
+    const Handle q0 = a.mul_r(product_operand(g, p[0]), k * g.exact_value(g.node(p[0].id).b));
+    const Handle q1 = a.mul_r(product_operand(g, p[1]), k * g.exact_value(g.node(p[1].id).b));
+    const Handle r = s.op == Op::Add ? a.add_r(q0, q1) : a.sub_r(q0, q1);
+    return v.neg ? -r : r;
+}
+
 }  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
@@ -38,15 +56,22 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
     // and the doubled weights not yet multiplied out.
     std::map<int, std::vector<Handle>, std::greater<int>> parts;
     std::map<int, std::vector<Weight>> doubled;
+    // How often each target value was handed on: a product by a constant
+    // that is all of a value's use can go into that value's own products.
+    std::map<int, int> uses;
+    const auto add_part = [&](int id, Handle h) {
+        if (h.valid()) ++uses[h.id];
+        parts[id].push_back(h);
+    };
     for (size_t j = 0; j < y.size(); ++j) {
         if (!y[j].valid() || !weights[j].value.valid()) continue;
         Weight w = weights[j];
         if (y[j].neg) w.value = -w.value;
         if (w.doubled) {
             doubled[y[j].id].push_back(w);
-            parts[y[j].id];
+            parts[y[j].id];  // a node to visit, its terms still to come
         } else {
-            parts[y[j].id].push_back(w.value);
+            add_part(y[j].id, w.value);
         }
     }
     std::vector<Handle> x(inputs);
@@ -66,7 +91,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // A doubled weight that is all of a product's adjoint: the product
         // takes the factor 2.
         if (n.op == Op::Mul && terms.empty() && twice.size() == 1) {
-            parts[n.a].push_back(target.mul_r(twice[0].value, 2.0L * source.exact_value(n.b)));
+            add_part(n.a, target.mul_r(twice[0].value, 2.0L * source.exact_value(n.b)));
             continue;
         }
         // A product whose whole adjoint is one rotation's component: its
@@ -75,9 +100,19 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         if (n.op == Op::Mul && twice.empty() && rotation_terms(target.graph(), terms)) {
             const long double k = source.exact_value(n.b);
             for (const Handle& t : terms)
-                parts[n.a].push_back(target.mul_r(product_operand(target.graph(), t),
+                add_part(n.a, target.mul_r(product_operand(target.graph(), t),
                                                   k * target.graph().exact_value(target.graph().node(t.id).b)));
             continue;
+        }
+        // A product whose whole adjoint is a weight formed by a complex
+        // product and used nowhere else (a folded Rader bin that one output
+        // of a 3-point stage takes alone): that product's two take its constant.
+        if (n.op == Op::Mul && twice.empty() && terms.size() == 1 && terms[0].valid() && uses[terms[0].id] == 1) {
+            const Handle r = rotation_times(target, terms[0], source.exact_value(n.b));
+            if (r.valid()) {
+                add_part(n.a, r);
+                continue;
+            }
         }
         for (const Weight& w : twice) terms.push_back(target.doubled(w.value));
         Handle z;
@@ -90,14 +125,14 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
             x[n.index[0]] = z;
             break;
         case Op::Add:
-            parts[n.a].push_back(z);
-            parts[n.b].push_back(z);
+            add_part(n.a, z);
+            add_part(n.b, z);
             break;
         case Op::Sub:
-            parts[n.a].push_back(z);
-            parts[n.b].push_back(-z);
+            add_part(n.a, z);
+            add_part(n.b, -z);
             break;
-        case Op::Mul: parts[n.a].push_back(target.mul_r(z, source.exact_value(n.b))); break;
+        case Op::Mul: add_part(n.a, target.mul_r(z, source.exact_value(n.b))); break;
         default: throw std::logic_error("transpose: not a linear scalar program");
         }
     }

@@ -12,6 +12,12 @@
 // are summed in the reverse of the order in which its users were formed in
 // the source, latest first: the source's order of formation is the
 // transpose's order of accumulation.
+//
+// A product is saved wherever its constant can go into products that exist
+// anyway: a product whose whole adjoint is one rotation's component (its two
+// products by a cosine and a sine), and a product whose whole adjoint is a
+// value formed by two products and handed on nowhere else. The folded
+// constants are formed from the exact ones and rounded once.
 #pragma once
 
 #include <vector>
