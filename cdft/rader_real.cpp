@@ -29,7 +29,7 @@ RaderForm parse_rader_form(const std::string& text) {
     return RaderForm{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2]), negated};
 }
 
-std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<Cx>& F) {
+std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<Cx>& F, bool fold) {
     const int n = t.size;
     tqfgen::Graph g;
     tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
@@ -46,7 +46,7 @@ std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const 
             w.push_back({F[k].im});
         }
     }
-    return tqfgen::transpose(g, y, a, w, n);
+    return tqfgen::transpose(g, y, a, w, n, fold);
 }
 
 namespace {
@@ -156,7 +156,7 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
 
     std::vector<Cx> even;
     for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);
-    const std::vector<Handle> C = half_spectrum_sum(a, *form.cosine, even);
+    const std::vector<Handle> C = half_spectrum_sum(a, *form.cosine, even, m % 2 == 1);
     std::vector<Handle> S;
     if (m % 2 == 1) {
         // Odd q = m + 2r (mod N) is r in the transform of length m, and
@@ -164,7 +164,7 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         if (form.sine->size != m) throw std::logic_error("Rader sine tree of the wrong length");
         std::vector<Cx> odd{Z[m]};
         for (int r = 1; 2 * r < m; ++r) odd.push_back(a.conj(Z[m - 2 * r]));
-        S = half_spectrum_sum(a, *form.sine, odd);
+        S = half_spectrum_sum(a, *form.sine, odd, m % 2 == 1);
         for (int t = 1; t < m; t += 2) S[t] = a.neg_r(S[t]);
     } else {
         S = sine_by_quarters(a, *form.sine, N, Z);

@@ -47,7 +47,11 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle
 // t = 0..n-1 of Re sum_{k=0..n/2} F[k] exp(+2 pi i kt/n): the transpose of
 // the real-input transform over the tree, whose stages then act in the
 // opposite order. With its interior harmonics doubled, F is the half of a
-// Hermitian spectrum and the result its real sequence.
-std::vector<tqfgen::Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F);
+// Hermitian spectrum and the result its real sequence. `fold`: a product by a
+// constant that is all the use of a value of F formed by two products goes
+// into those two (gen/transpose.h); the ways back of odd length m do so, those
+// of even length keep the product.
+std::vector<tqfgen::Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F,
+                                             bool fold = true);
 
 }  // namespace tqfcdft

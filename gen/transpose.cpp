@@ -50,7 +50,7 @@ Handle rotation_times(SplitAlg& a, const Handle& v, long double k) {
 }  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
-                              const std::vector<Weight>& weights, int inputs) {
+                              const std::vector<Weight>& weights, int inputs, bool fold_single_use) {
     if (y.size() != weights.size()) throw std::logic_error("transpose: one weight per output");
     // Contributions to the adjoint of each source node, in order of arrival,
     // and the doubled weights not yet multiplied out.
@@ -107,7 +107,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // A product whose whole adjoint is a weight formed by a complex
         // product and used nowhere else (a folded Rader bin that one output
         // of a 3-point stage takes alone): that product's two take its constant.
-        if (n.op == Op::Mul && twice.empty() && terms.size() == 1 && terms[0].valid() && uses[terms[0].id] == 1) {
+        if (n.op == Op::Mul && twice.empty() && terms.size() == 1 && terms[0].valid() && uses[terms[0].id] == 1 && fold_single_use) {
             const Handle r = rotation_times(target, terms[0], source.exact_value(n.b));
             if (r.valid()) {
                 add_part(n.a, r);

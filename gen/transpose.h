@@ -16,8 +16,9 @@
 // A product is saved wherever its constant can go into products that exist
 // anyway: a product whose whole adjoint is one rotation's component (its two
 // products by a cosine and a sine), and a product whose whole adjoint is a
-// value formed by two products and handed on nowhere else. The folded
-// constants are formed from the exact ones and rounded once.
+// value formed by two products and handed on nowhere else (only with
+// `fold_single_use`). The folded constants are formed from the exact ones and
+// rounded once.
 #pragma once
 
 #include <vector>
@@ -38,6 +39,6 @@ struct Weight {
 // invalid), one weight each. Returns one target handle per source input, by
 // the load's flat offset 0..inputs-1 (invalid where no output depends on it).
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
-                              const std::vector<Weight>& weights, int inputs);
+                              const std::vector<Weight>& weights, int inputs, bool fold_single_use = true);
 
 }  // namespace tqfgen
