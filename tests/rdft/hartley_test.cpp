@@ -1,10 +1,10 @@
 // Hartley kernels, both precisions, every length: values against a
 // long-double cas sum, the scale rule bit for bit, impulses, the alternating
 // sum at N/2, the transform as its own inverse, positive zeros, memory paths
-// and in-place calls, statuses, guards and the generic entries.
+// and in-place calls, guards and the generic entries giving the fixed
+// kernels' bits (statuses of every name: tests/hardening).
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -286,53 +286,8 @@ TYPED_TEST(Hartley, ReadsOnlyItsInput) {
 
 // Null src, then null dst, before the flag; any flag but 1, 2, 4 and 8
 // fails; a failing call writes nothing.
-TYPED_TEST(Hartley, StatusesInOrderAndNothingWrittenOnFailure) {
-    using T = TypeParam;
-    const int bad_flags[] = {0, 3, 5, 6, 7, 9, 10, 12, 16, 32, -1, -2, -4, -8, INT_MIN, INT_MAX};
-    for (const auto& k : this->kernels()) {
-        SCOPED_TRACE(k.name);
-        const size_t bytes = static_cast<size_t>(k.length) * sizeof(T);
-        for (size_t off : {size_t(0), sizeof(T)}) {
-            GuardedBuffer src(bytes, off), dst(bytes, off);
-            src.fill_pattern(1);
-            dst.fill_pattern(2);
-            const std::vector<unsigned char> before(dst.bytes(), dst.bytes() + dst.size());
-            for (int flag : {int(tqfNoDivByAny), int(tqfDivFwdByN), int(tqfDivInvByN), int(tqfDivBySqrtN), 3, 0,
-                             INT_MIN}) {
-                EXPECT_EQ(k.fn(nullptr, dst.as<T>(), flag), tqfStsNullPointer) << flag;
-                EXPECT_EQ(k.fn(src.as<T>(), nullptr, flag), tqfStsNullPointer) << flag;
-                EXPECT_EQ(k.fn(nullptr, nullptr, flag), tqfStsNullPointer) << flag;
-            }
-            for (int flag : bad_flags) {
-                EXPECT_EQ(k.fn(src.as<T>(), dst.as<T>(), flag), tqfStsBadFlag) << flag;
-                EXPECT_EQ(k.fn(dst.as<T>(), dst.as<T>(), flag), tqfStsBadFlag) << flag << " in place";
-            }
-            EXPECT_TRUE(dst.payload_equals(before.data())) << "wrote on failure";
-            EXPECT_TRUE(dst.guards_intact());
-            EXPECT_TRUE(src.guards_intact());
-        }
-    }
-}
-
 // The generic entry tests the length first and alone (2..64), then makes
 // the fixed kernel's call.
-TYPED_TEST(Hartley, GenericRefusesBadLengthFirst) {
-    using T = TypeParam;
-    const HartleyGeneric<T> g = hartley_generic<T>();
-    GuardedBuffer src(66 * sizeof(T), 0), dst(66 * sizeof(T), 0);
-    src.fill_pattern(3);
-    dst.fill_pattern(4);
-    const std::vector<unsigned char> before(dst.bytes(), dst.bytes() + dst.size());
-    for (int len : {INT_MIN, INT_MIN + 1, -64, -2, -1, 0, 1, 65, 66, 128, 1000, INT_MAX}) {
-        EXPECT_EQ(g.fn(nullptr, nullptr, len, tqfNoDivByAny), tqfStsBadSize) << len;
-        EXPECT_EQ(g.fn(nullptr, dst.as<T>(), len, 3), tqfStsBadSize) << len;
-        EXPECT_EQ(g.fn(src.as<T>(), dst.as<T>(), len, 3), tqfStsBadSize) << len;
-        EXPECT_EQ(g.fn(src.as<T>(), dst.as<T>(), len, tqfDivFwdByN), tqfStsBadSize) << len;
-    }
-    EXPECT_TRUE(dst.payload_equals(before.data()));
-    EXPECT_TRUE(dst.guards_intact());
-}
-
 // A valid length gives the fixed kernel's status and bits.
 TYPED_TEST(Hartley, GenericIsTheFixedKernel) {
     using T = TypeParam;
@@ -341,14 +296,7 @@ TYPED_TEST(Hartley, GenericIsTheFixedKernel) {
         SCOPED_TRACE(g.name + " length " + std::to_string(k.length));
         const size_t bytes = static_cast<size_t>(k.length) * sizeof(T);
         GuardedBuffer src(bytes, 0), dst(bytes, 0);
-        src.fill_pattern(5);
         dst.fill_pattern(6);
-        const std::vector<unsigned char> before(dst.bytes(), dst.bytes() + dst.size());
-        EXPECT_EQ(g.fn(nullptr, dst.as<T>(), k.length, 3), tqfStsNullPointer);
-        EXPECT_EQ(g.fn(src.as<T>(), nullptr, k.length, 3), tqfStsNullPointer);
-        EXPECT_EQ(g.fn(src.as<T>(), dst.as<T>(), k.length, 3), tqfStsBadFlag);
-        EXPECT_EQ(g.fn(src.as<T>(), dst.as<T>(), k.length, 0), tqfStsBadFlag);
-        EXPECT_TRUE(dst.payload_equals(before.data())) << "wrote on failure";
         const std::vector<T> x = this->random_signal(k.length, 41 + k.length);
         std::memcpy(src.bytes(), x.data(), bytes);
         for (int flag : kFlags) {
