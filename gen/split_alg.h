@@ -21,6 +21,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <vector>
 
 #include "roots.h"
@@ -79,6 +80,16 @@ public:
     }
     // End of a linear combination: a widened value is rounded once.
     H settle_r(H a) { return widen_ && a.valid() ? g_.narrow(a) : a; }
+    // A lone product that is a value of its own, not a row: an eighth-turn
+    // twiddle's (x -+ i x) sqrt(1/2). It is rounded here like any finished
+    // combination, and stays rounded when it is stored: only a row (a sum,
+    // or a product of the direct form) is scaled while still in double.
+    H keep_r(H a) {
+        a = settle_r(a);
+        if (a.valid()) kept_.insert(a.id);
+        return a;
+    }
+    bool kept(H a) const { return a.valid() && kept_.count(a.id) != 0; }
 
     C add(C a, C b) { return {add_r(a.re, b.re), add_r(a.im, b.im)}; }
     C sub(C a, C b) { return {sub_r(a.re, b.re), sub_r(a.im, b.im)}; }
@@ -92,6 +103,7 @@ public:
     }
     C rot_scale(C a, long double c, int s) { return mul_i(mul_real(a, c), s); }
     C settle(C a) { return {settle_r(a.re), settle_r(a.im)}; }
+    C keep(C a) { return {keep_r(a.re), keep_r(a.im)}; }
     // Full complex product with a lane-uniform constant, four products.
     C cmul(C x, Root w, bool = false) {
         const long double wr = w.real(), wi = w.imag();
@@ -117,6 +129,7 @@ private:
     Graph& g_;
     Ty data_;
     bool widen_;
+    std::set<int> kept_;  // ids of the rounded values keep_r made
 };
 
 }  // namespace tqfgen
