@@ -54,6 +54,11 @@ std::vector<Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std:
     // of the inverse sums in the reverse of the order in which the forward
     // direct form forms its rows.
     tqfgen::Graph g;
+    // As in the forward kernel, a difference b - a whose mirror a - b exists
+    // is that node negated: two users of one node cost the transpose one
+    // addition, two mirrored nodes two (17, and the 17-point block of 34 and
+    // 51, would keep one addition and one level more).
+    g.merge_mirrored_differences = true;
     tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
     for (const auto& [p, order] : rows) f.direct_row_order[p].assign(order.rbegin(), order.rend());
     std::vector<Handle> x;
