@@ -101,6 +101,7 @@ std::vector<Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std:
     // direct form forms its rows.
     tqfgen::Graph g;
     tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
+    f.transposed_later = true;
     for (const auto& [p, order] : rows) f.direct_row_order[p].assign(order.rbegin(), order.rend());
     std::vector<Handle> x;
     for (int i = 0; i < n; ++i) x.push_back(g.load_scalar(tqfgen::Ty::F64, i));
