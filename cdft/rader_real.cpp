@@ -159,14 +159,14 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     std::vector<Cx> even;
     for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);
     // The folds of a way back (gen/transpose.h): a bin's single product at
-    // odd m. In a program that an inverse transposes, a way back of odd m
+    // odd m, or wherever the form asks for it. In a program that an inverse transposes, a way back of odd m
     // with twiddles takes none: the inverse's first stage is then that
     // real-input transform with its products as they stand (the inverse 19
     // has two more products than the forward one; so do its blocks in 38
     // and 57).
     const auto way_back = [&](const Tree& t, const std::vector<Cx>& F) {
         const bool plain = a.transposed_later && m % 2 == 1 && has_twiddles(t);
-        return half_spectrum_sum(a, t, F, m % 2 == 1 && !plain, !plain);
+        return half_spectrum_sum(a, t, F, (m % 2 == 1 || form.fold_bins) && !plain, !plain);
     };
     const std::vector<Handle> C = way_back(*form.cosine, even);
     std::vector<Handle> S;

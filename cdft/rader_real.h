@@ -37,6 +37,9 @@ struct RaderForm {
     // of the odd bins takes the factor +i instead of -i. Only the signs the
     // graph holds, and so which parts are stored as 0.0 - t, change.
     bool negated_sine = false;
+    // The ways back fold a bin's single product at even m too (they do at
+    // odd m in any case; see half_spectrum_sum).
+    bool fold_bins = false;
 };
 
 // "inner / cosine / sine", three factor trees (the sine one may start with "-").

@@ -20,9 +20,10 @@ namespace {
 // Rader lengths take the forward form ("rader") or one of their own, whose
 // cosine and sine transforms are the inverse's first stage. A Rader block
 // of a factor tree is the inverse's own program of that prime (see
-// own_rader_blocks) unless the tree names its form: 39 and 52 keep the
-// complex family's 13, the form of their first stage closest to their
-// costs so far.
+// own_rader_blocks) unless the tree names its form. 39 and 52, whose first
+// stage has a complex column of 13 points, run the inverse's 13 on their
+// real columns and, on the complex one, 13 with an inner 3 G 4 and its
+// bins' single products folded: the tabled costs of those two lengths.
 const std::map<int, std::string> kDuals = {
     {2, "2"},                   {3, "direct"},              {4, "4"},                   {5, "direct"},
     {6, "3 G 2"},               {7, "direct"},              {8, "2 T 4"},               {9, "3 T 3"},
@@ -33,10 +34,10 @@ const std::map<int, std::string> kDuals = {
     {26, "13 G 2"},             {27, "3 T (3 T 3)"},        {28, "7d G 4"},             {29, "rader"},
     {30, "(2 G 5d) G 3"},       {31, "3 G (2 G 5d) / 3 G 5d / 3 G 5d"},              {32, "4 T (2 T 4)"},        {33, "11r G 3"},
     {34, "2 G 17"},             {35, "7d G 5d"},            {36, "(3 T 3) G 4"},        {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"},
-    {38, "19 G 2"},             {39, "3 G 13[3 G 4 / 2 T 3 / 3]"},             {40, "(2 T 4) G 5d"},       {41, "rader"},
+    {38, "19 G 2"},             {39, "3 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {40, "(2 T 4) G 5d"},       {41, "rader"},
     {42, "(7d G 3) G 2"},       {43, "rader"},              {44, "11r G 4"},            {45, "(3 T 3) G 5d"},
     {46, "2 G 23"},             {47, "rader"},              {48, "3 G (4 T 4)"},        {49, "7d T 7d"},
-    {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13[3 G 4 / 2 T 3 / 3]"},             {53, "(2 T 2) G 13 / 13 T 2 / 13"},
+    {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {53, "(2 T 2) G 13 / 13 T 2 / 13"},
     {54, "2 G (3 T (3 T 3))"},  {55, "11r G 5d"},           {56, "7d G (2 T 4)"},       {57, "19 G 3"},
     {58, "2 G 29"},             {59, "rader"},              {60, "(5d G 3) G 4"},       {61, "rader"},
     {62, "2 G 31"},             {63, "7d G (3 T 3)"},       {64, "(4 T 4) T 4"},
