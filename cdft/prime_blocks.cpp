@@ -45,7 +45,18 @@ std::vector<tqfgen::Cx> rader_lane_block(tqfgen::SplitAlg& a, int p, const std::
 
 std::vector<tqfgen::Cx> rader_form_block(tqfgen::SplitAlg& a, int p, const std::string& form,
                                          const std::vector<tqfgen::Cx>& x, int dir) {
-    const RaderForm f = parse_rader_form(form.substr(1, form.size() - 2));
+    const std::string text = form.substr(1, form.size() - 2);
+    const size_t bar = text.find('|');
+    bool re = false, im = false;
+    for (const tqfgen::Cx& v : x) {
+        re |= v.re.valid();
+        im |= v.im.valid();
+    }
+    // "[a | b]": a on real data, b (its bins' single products folded at
+    // every m) on complex data, whose two lanes run it each.
+    const bool second = bar != std::string::npos && re && im;
+    RaderForm f = parse_rader_form(bar == std::string::npos ? text : second ? text.substr(bar + 1) : text.substr(0, bar));
+    f.fold_bins = second;
     return real_lane_block(a, p, x, dir,
                            [&f](tqfgen::SplitAlg& s, int q, const std::vector<tqfgen::Handle>& v) { return rader_halves(s, q, v, f); });
 }

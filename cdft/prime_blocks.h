@@ -21,7 +21,9 @@ std::vector<tqfgen::Cx> direct_block(tqfgen::SplitAlg& a, int p, const std::vect
 // Rader's algorithm in the real-lane form for any prime with a chain, 7 and
 // 11 included ("11r": the eleven-point block of the inverse real programs).
 std::vector<tqfgen::Cx> rader_lane_block(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Cx>& x, int dir);
-// The same with a form of its own, "[inner / cosine / sine]" (rader_real.h).
+// The same with a form of its own, "[inner / cosine / sine]" (rader_real.h),
+// or two, "[a | b]": a on real data, b on complex data with its bins' single
+// products folded at every m (RaderForm::fold_bins).
 std::vector<tqfgen::Cx> rader_form_block(tqfgen::SplitAlg& a, int p, const std::string& form,
                                          const std::vector<tqfgen::Cx>& x, int dir);
 

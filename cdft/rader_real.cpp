@@ -29,7 +29,8 @@ RaderForm parse_rader_form(const std::string& text) {
     return RaderForm{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2]), negated};
 }
 
-std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<Cx>& F, bool fold) {
+std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<Cx>& F, bool fold,
+                                      bool fold_rotations) {
     const int n = t.size;
     tqfgen::Graph g;
     tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
@@ -46,7 +47,7 @@ std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const 
             w.push_back({F[k].im});
         }
     }
-    return tqfgen::transpose(g, y, a, w, n, fold);
+    return tqfgen::transpose(g, y, a, w, n, fold, fold_rotations);
 }
 
 namespace {
@@ -58,6 +59,7 @@ struct SineParts {
     const Tree* odd = nullptr;
 };
 bool power_of_two(int n) { return (n & (n - 1)) == 0; }
+bool has_twiddles(const Tree& t) { return !t.leaf() && (t.op == 'T' || has_twiddles(*t.left) || has_twiddles(*t.right)); }
 SineParts sine_parts(const Tree& t) {
     if (power_of_two(t.size)) return {&t, nullptr};
     if (t.size % 2 == 1) return {nullptr, &t};
@@ -156,7 +158,17 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
 
     std::vector<Cx> even;
     for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);
-    const std::vector<Handle> C = half_spectrum_sum(a, *form.cosine, even, m % 2 == 1);
+    // The folds of a way back (gen/transpose.h): a bin's single product at
+    // odd m, or wherever the form asks for it. In a program that an inverse transposes, a way back of odd m
+    // with twiddles takes none: the inverse's first stage is then that
+    // real-input transform with its products as they stand (the inverse 19
+    // has two more products than the forward one; so do its blocks in 38
+    // and 57).
+    const auto way_back = [&](const Tree& t, const std::vector<Cx>& F) {
+        const bool plain = a.transposed_later && m % 2 == 1 && has_twiddles(t);
+        return half_spectrum_sum(a, t, F, (m % 2 == 1 || form.fold_bins) && !plain, !plain);
+    };
+    const std::vector<Handle> C = way_back(*form.cosine, even);
     std::vector<Handle> S;
     if (m % 2 == 1) {
         // Odd q = m + 2r (mod N) is r in the transform of length m, and
@@ -164,7 +176,7 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         if (form.sine->size != m) throw std::logic_error("Rader sine tree of the wrong length");
         std::vector<Cx> odd{Z[m]};
         for (int r = 1; 2 * r < m; ++r) odd.push_back(a.conj(Z[m - 2 * r]));
-        S = half_spectrum_sum(a, *form.sine, odd, m % 2 == 1);
+        S = way_back(*form.sine, odd);
         for (int t = 1; t < m; t += 2) S[t] = a.neg_r(S[t]);
     } else {
         S = sine_by_quarters(a, *form.sine, N, Z);

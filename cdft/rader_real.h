@@ -37,6 +37,9 @@ struct RaderForm {
     // of the odd bins takes the factor +i instead of -i. Only the signs the
     // graph holds, and so which parts are stored as 0.0 - t, change.
     bool negated_sine = false;
+    // The ways back fold a bin's single product at even m too (they do at
+    // odd m in any case; see half_spectrum_sum).
+    bool fold_bins = false;
 };
 
 // "inner / cosine / sine", three factor trees (the sine one may start with "-").
@@ -50,8 +53,9 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle
 // Hermitian spectrum and the result its real sequence. `fold`: a product by a
 // constant that is all the use of a value of F formed by two products goes
 // into those two (gen/transpose.h); the ways back of odd length m do so, those
-// of even length keep the product.
+// of even length keep the product. `fold_rotations`: a product whose whole
+// adjoint is a twiddle's component goes into the twiddle.
 std::vector<tqfgen::Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<tqfgen::Cx>& F,
-                                             bool fold = true);
+                                             bool fold = true, bool fold_rotations = true);
 
 }  // namespace tqfcdft

@@ -122,6 +122,11 @@ public:
     // row of an inverse program in the reverse of this order (rdft/inverse.h).
     std::map<int, std::vector<int>> direct_row_order;
 
+    // Set on the forward program that an inverse real program transposes
+    // (rdft/inverse.h): the Rader ways back of odd length that hold
+    // twiddles are then built without folds (cdft/rader_real.h).
+    bool transposed_later = false;
+
 private:
     H widened(H x) { return widen_ && g_.node(x.id).ty == Ty::F32 ? g_.widen(x) : x; }
     H twice(H h, int levels);

@@ -50,7 +50,8 @@ Handle rotation_times(SplitAlg& a, const Handle& v, long double k) {
 }  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
-                              const std::vector<Weight>& weights, int inputs, bool fold_single_use) {
+                              const std::vector<Weight>& weights, int inputs, bool fold_single_use,
+                              bool fold_rotations) {
     if (y.size() != weights.size()) throw std::logic_error("transpose: one weight per output");
     // Contributions to the adjoint of each source node, in order of arrival,
     // and the doubled weights not yet multiplied out.
@@ -97,7 +98,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // A product whose whole adjoint is one rotation's component: its
         // constant goes into the rotation's two, one product less (the
         // 3-point stage's sine before a twiddle, seen from the spectrum).
-        if (n.op == Op::Mul && twice.empty() && rotation_terms(target.graph(), terms)) {
+        if (n.op == Op::Mul && twice.empty() && fold_rotations && rotation_terms(target.graph(), terms)) {
             const long double k = source.exact_value(n.b);
             for (const Handle& t : terms)
                 add_part(n.a, target.mul_r(product_operand(target.graph(), t),

@@ -17,8 +17,8 @@
 // anyway: a product whose whole adjoint is one rotation's component (its two
 // products by a cosine and a sine), and a product whose whole adjoint is a
 // value formed by two products and handed on nowhere else (only with
-// `fold_single_use`). The folded constants are formed from the exact ones and
-// rounded once.
+// `fold_single_use`; the first only with `fold_rotations`). The folded
+// constants are formed from the exact ones and rounded once.
 #pragma once
 
 #include <vector>
@@ -39,6 +39,7 @@ struct Weight {
 // invalid), one weight each. Returns one target handle per source input, by
 // the load's flat offset 0..inputs-1 (invalid where no output depends on it).
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
-                              const std::vector<Weight>& weights, int inputs, bool fold_single_use = true);
+                              const std::vector<Weight>& weights, int inputs, bool fold_single_use = true,
+                              bool fold_rotations = true);
 
 }  // namespace tqfgen

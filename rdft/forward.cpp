@@ -57,6 +57,17 @@ tqfcdft::RaderForm rader_form(int p) {
     return tqfcdft::parse_rader_form(it->second);
 }
 
+// A Rader form names its three trees separated by '/' at the top level; a
+// factor tree may hold a Rader block with its own form in brackets.
+bool is_rader_form(const std::string& shape) {
+    int open = 0;
+    for (const char c : shape) {
+        open += c == '[' ? 1 : c == ']' ? -1 : 0;
+        if (c == '/' && open == 0) return true;
+    }
+    return false;
+}
+
 bool is_odd_prime(int n) {
     if (n < 3 || n % 2 == 0) return false;
     for (int d = 3; d * d <= n; d += 2)
@@ -76,11 +87,13 @@ std::vector<Cx> from_halves(const tqfcdft::Halves& h, int p) {
 
 const std::map<int, std::string>& forward_real_trees() { return kTrees; }
 
+const std::map<int, std::string>& forward_rader_forms() { return kRaderForms; }
+
 std::vector<Cx> forward_real_shape(tqfgen::SplitAlg& a, const std::string& shape, const std::vector<Handle>& x) {
     const int n = static_cast<int>(x.size());
     if (shape == "direct") return from_halves(tqfcdft::direct_rows(a, n, x), n);
     if (shape == "rader") return from_halves(tqfcdft::rader_halves(a, n, x, rader_form(n)), n);
-    if (shape.find('/') != std::string::npos)
+    if (is_rader_form(shape))
         return from_halves(tqfcdft::rader_halves(a, n, x, tqfcdft::parse_rader_form(shape)), n);
     const auto t = tqfcdft::parse_tree(shape);
     if (t->size != n) throw std::logic_error("forward real program: tree " + shape + " for length " + std::to_string(n));

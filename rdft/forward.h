@@ -23,6 +23,10 @@ std::vector<tqfgen::Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vect
 std::vector<tqfgen::Cx> forward_real_shape(tqfgen::SplitAlg& a, const std::string& shape,
                                            const std::vector<tqfgen::Handle>& x);
 
+// The Rader form ("inner / cosine / sine") of each prime from 11 that the
+// forward family runs by Rader's algorithm.
+const std::map<int, std::string>& forward_rader_forms();
+
 // The factor tree of each composite length, factors in order of action
 // ("5d", "7d", "11d": the odd prime blocks in the direct form of the real
 // families, without reduction).

@@ -1,5 +1,6 @@
 #include "inverse.h"
 
+#include <cctype>
 #include <stdexcept>
 
 #include "forward.h"
@@ -17,7 +18,12 @@ namespace {
 // spectrum). Powers of two and prime powers keep the forward tree: its last
 // stage, the 4-point (or prime) one, is the one on the spectrum side.
 // Rader lengths take the forward form ("rader") or one of their own, whose
-// cosine and sine transforms are the inverse's first stage.
+// cosine and sine transforms are the inverse's first stage. A Rader block
+// of a factor tree is the inverse's own program of that prime (see
+// own_rader_blocks) unless the tree names its form. 39 and 52, whose first
+// stage has a complex column of 13 points, run the inverse's 13 on their
+// real columns and, on the complex one, 13 with an inner 3 G 4 and its
+// bins' single products folded: the tabled costs of those two lengths.
 // 48's 16-point stage on the spectrum is 2 T (2 T 4), its 8-point stage
 // first: the stage order we keep for 48 (270 additions, 72 products, depth
 // 13); 4 T 4 would save 4 of each on the stage's complex column. On a real
@@ -32,14 +38,55 @@ const std::map<int, std::string> kDuals = {
     {26, "13 G 2"},             {27, "3 T (3 T 3)"},        {28, "7d G 4"},             {29, "rader"},
     {30, "(2 G 5d) G 3"},       {31, "3 G (2 G 5d) / 3 G 5d / 3 G 5d"},              {32, "4 T (2 T 4)"},        {33, "11r G 3"},
     {34, "2 G 17"},             {35, "7d G 5d"},            {36, "(3 T 3) G 4"},        {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"},
-    {38, "19 G 2"},             {39, "3 G 13"},             {40, "(2 T 4) G 5d"},       {41, "rader"},
+    {38, "19 G 2"},             {39, "3 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {40, "(2 T 4) G 5d"},       {41, "rader"},
     {42, "(7d G 3) G 2"},       {43, "rader"},              {44, "11r G 4"},            {45, "(3 T 3) G 5d"},
     {46, "2 G 23"},             {47, "rader"},              {48, "3 G (2 T (2 T 4))"},  {49, "7d T 7d"},
-    {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13"},             {53, "(2 T 2) G 13 / 13 T 2 / 13"},
+    {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {53, "(2 T 2) G 13 / 13 T 2 / 13"},
     {54, "2 G (3 T (3 T 3))"},  {55, "11r G 5d"},           {56, "7d G (2 T 4)"},       {57, "19 G 3"},
     {58, "2 G 29"},             {59, "rader"},              {60, "(5d G 3) G 4"},       {61, "rader"},
     {62, "2 G 31"},             {63, "7d G (3 T 3)"},       {64, "(4 T 4) T 4"},
 };
+
+bool is_rader_prime(int p) {
+    if (p < 13 || p % 2 == 0) return false;
+    for (int d = 3; d * d <= p; d += 2)
+        if (p % d == 0) return false;
+    return true;
+}
+
+// The inverse's own Rader form of prime p, "inner / cosine / sine".
+std::string own_rader_form(int p) {
+    const std::string& dual = kDuals.at(p);
+    return dual == "rader" ? forward_rader_forms().at(p) : dual;
+}
+
+// A factor tree with each bare Rader leaf ("23") given the inverse's own
+// form of that prime ("23[2 G 11d / 11d / 11d]"): the inverse of length 46
+// runs two inverse programs of 23 and a 2-point stage, as 22, 33, 44 and 55
+// run the inverse's own 11 ("11r"). Leaves with a suffix or a form of their
+// own, and Rader forms, are left as they are.
+std::string own_rader_blocks(const std::string& shape) {
+    if (shape == "direct" || shape == "rader") return shape;
+    std::string out;
+    int open = 0;  // inside a leaf's own form
+    for (size_t i = 0; i < shape.size();) {
+        const char c = shape[i];
+        if (open == 0 && c == '/') return shape;  // a Rader form
+        if (open > 0 || !std::isdigit(static_cast<unsigned char>(c))) {
+            open += c == '[' ? 1 : c == ']' ? -1 : 0;
+            out += shape[i++];
+            continue;
+        }
+        size_t j = i;
+        while (j < shape.size() && std::isdigit(static_cast<unsigned char>(shape[j]))) ++j;
+        const std::string leaf = shape.substr(i, j - i);
+        out += leaf;
+        const bool bare = j == shape.size() || shape[j] == ' ' || shape[j] == ')';
+        if (bare && is_rader_prime(std::stoi(leaf))) out += "[" + own_rader_form(std::stoi(leaf)) + "]";
+        i = j;
+    }
+    return out;
+}
 
 }  // namespace
 
@@ -64,10 +111,11 @@ std::vector<Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std:
     // 51, would keep one addition and one level more).
     g.merge_mirrored_differences = true;
     tqfgen::SplitAlg f(g, tqfgen::Ty::F64);
+    f.transposed_later = true;
     for (const auto& [p, order] : rows) f.direct_row_order[p].assign(order.rbegin(), order.rend());
     std::vector<Handle> x;
     for (int i = 0; i < n; ++i) x.push_back(g.load_scalar(tqfgen::Ty::F64, i));
-    const std::vector<Cx> X = forward_real_shape(f, d->second, x);
+    const std::vector<Cx> X = forward_real_shape(f, own_rader_blocks(d->second), x);
     // Its outputs weighted by the harmonics, the interior ones doubled first.
     std::vector<Handle> y;
     std::vector<tqfgen::Weight> w;
