@@ -6,6 +6,8 @@
 // transpose (half_spectrum_sum in rader_real.h, the inverse real programs).
 #pragma once
 
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "algebra.h"
@@ -22,18 +24,49 @@ namespace tqfcdft {
 // N/2 (at Cooley-Tukey nodes that is the lower column), take the middle
 // column of a Cooley-Tukey node from its even bins, the odd ones as
 // conjugates, and index the first stage of a Good-Thomas node with an odd
-// first factor by residue (real_family_map).
+// first factor by residue (real_family_node).
 enum class Mirrors { Lower, RealFamilies };
 
-// The Good-Thomas maps of the real families: Ruritanian for an even first
-// factor; for an odd one, element i of a first-stage block is the input
-// whose index is i mod A, negated unless the factor holds a seven- or
+// How a Good-Thomas node of the real families reads its first stage and
+// which member of each conjugate pair of columns it forms.
+struct RealFamilyNode {
+    GoodThomasMap map = GoodThomasMap::Ruritanian;
+    int stride = 1;              // of a residue map
+    bool lower_columns = false;  // form column k1 < A/2 of every pair
+};
+
+// A node's stated map "<rur>", "<res>", "<neg>", a residue read at a
+// stride ("<res2>"), each optionally with ",lower".
+inline RealFamilyNode stated_node(const std::string& text) {
+    RealFamilyNode n;
+    std::string map = text;
+    const size_t comma = text.find(',');
+    if (comma != std::string::npos) {
+        if (text.substr(comma + 1) != "lower") throw std::runtime_error("unknown column choice in index map <" + text + ">");
+        n.lower_columns = true;
+        map = text.substr(0, comma);
+    }
+    const std::string kind = map.substr(0, 3);
+    if (kind == "rur" && map.size() == 3) n.map = GoodThomasMap::Ruritanian;
+    else if (kind == "res") n.map = GoodThomasMap::Residue;
+    else if (kind == "neg") n.map = GoodThomasMap::NegatedResidue;
+    else throw std::runtime_error("unknown index map <" + text + ">");
+    if (map.size() > 3) n.stride = std::stoi(map.substr(3));
+    return n;
+}
+
+// The Good-Thomas nodes of the real families: a node that states its map
+// in the tree takes that; otherwise Ruritanian for an even first factor,
+// and for an odd one element i of a first-stage block is the input whose
+// index is i mod A, negated unless the factor holds a seven- or
 // eleven-point block.
-inline GoodThomasMap real_family_map(const Tree& t, Mirrors mirrors) {
+inline RealFamilyNode real_family_node(const Tree& t, Mirrors mirrors) {
+    RealFamilyNode n;
+    if (mirrors != Mirrors::RealFamilies || t.op != 'G') return n;
+    if (!t.map.empty()) return stated_node(t.map);
     const int A = t.left->size;
-    if (mirrors != Mirrors::RealFamilies || t.op != 'G' || A % 2 == 0)
-        return GoodThomasMap::Ruritanian;
-    return A % 7 == 0 || A % 11 == 0 ? GoodThomasMap::Residue : GoodThomasMap::NegatedResidue;
+    if (A % 2 == 1) n.map = A % 7 == 0 || A % 11 == 0 ? GoodThomasMap::Residue : GoodThomasMap::NegatedResidue;
+    return n;
 }
 
 // X[k] = sum_n x[n] exp(dir 2 pi i nk/n) of a real x (imaginary parts zero);
@@ -47,7 +80,8 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         X = eval_tree(a, t, x, dir);
         for (int k = 0; k <= N / 2; ++k) set[k] = true;
     } else {
-        const NodeWalk w(t, real_family_map(t, mirrors));
+        const RealFamilyNode node = real_family_node(t, mirrors);
+        const NodeWalk w(t, node.map, node.stride);
         std::vector<std::vector<tqfgen::Cx>> Y(w.B);
         for (int b = 0; b < w.B; ++b) {
             std::vector<tqfgen::Cx> in;
@@ -58,7 +92,7 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         // the conjugates of its own.
         const bool real_family_gt = mirrors == Mirrors::RealFamilies && !w.twiddled;
         for (int j = 0; 2 * j <= w.A; ++j) {
-            const bool mirror = real_family_gt && 2 * w.output(j, 0) > w.N;
+            const bool mirror = real_family_gt && !node.lower_columns && 2 * w.output(j, 0) > w.N;
             const int k1 = mirror ? w.A - j : j;
             std::vector<tqfgen::Cx> in;
             for (int b = 0; b < w.B; ++b)

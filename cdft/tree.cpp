@@ -46,6 +46,12 @@ struct Parser {
             if (i >= s.size() || (s[i] != 'G' && s[i] != 'T')) return left;
             auto node = std::make_shared<Tree>();
             node->op = s[i++];
+            if (node->op == 'G' && i < s.size() && s[i] == '<') {
+                const size_t close = s.find('>', i);
+                if (close == std::string::npos) throw std::runtime_error("unbalanced index map in tree: " + s);
+                node->map = s.substr(i + 1, close - i - 1);
+                i = close + 1;
+            }
             node->left = left;
             node->right = operand();
             node->size = node->left->size * node->right->size;

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <functional>
+#include <stdexcept>
 #include <vector>
 
 #include "roots.h"
@@ -29,20 +30,25 @@ using Output = std::function<void(int, const V&)>;
 //   Residue         n = i eA + A b,       k = (B k1 mod A) eA + k2 eB
 //                   (element i is the input with n = i mod A)
 //   NegatedResidue  n and k of Residue, negated mod N
+// The residue maps may read a block at a stride s prime to A: element i is
+// then the input with n = s i mod A, and bin k1 the harmonic of B k1 / s.
 enum class GoodThomasMap { Ruritanian, Residue, NegatedResidue };
 
 class NodeWalk {
 public:
-    explicit NodeWalk(const Tree& t, GoodThomasMap map = GoodThomasMap::Ruritanian)
-        : NodeWalk(t.left->size, t.right->size, t.op == 'T', map) {}
-    NodeWalk(int a, int b, bool twiddles, GoodThomasMap map = GoodThomasMap::Ruritanian)
-        : A(a), B(b), N(a * b), twiddled(twiddles), map_(twiddles ? GoodThomasMap::Ruritanian : map) {
+    explicit NodeWalk(const Tree& t, GoodThomasMap map = GoodThomasMap::Ruritanian, int stride = 1)
+        : NodeWalk(t.left->size, t.right->size, t.op == 'T', map, stride) {}
+    NodeWalk(int a, int b, bool twiddles, GoodThomasMap map = GoodThomasMap::Ruritanian, int stride = 1)
+        : A(a), B(b), N(a * b), twiddled(twiddles), map_(twiddles ? GoodThomasMap::Ruritanian : map), stride_(stride) {
         // Good-Thomas output: k = k1 mod A, k2 mod B, by the Chinese remainder
         // theorem: k = k1 eA + k2 eB with eA = 1 mod A, 0 mod B, and eB alike.
         for (int k = 0; k < N; ++k) {
             if (k % A == 1 % A && k % B == 0) eA_ = k;
             if (k % A == 0 && k % B == 1 % B) eB_ = k;
         }
+        for (int q = 0; q < A; ++q)
+            if ((stride_ * q) % A == 1 % A) unstride_ = q;
+        if (unstride_ == 0 && A > 1) throw std::logic_error("NodeWalk: a stride must be prime to the block length");
     }
 
     const int A, B, N;
@@ -52,7 +58,7 @@ public:
     int input(int b, int i) const {
         if (twiddled) return B * i + b;
         if (map_ == GoodThomasMap::Ruritanian) return (B * i + A * b) % N;
-        return signed_index((i * eA_ + A * b) % N);
+        return signed_index(((stride_ * i) % A * eA_ + A * b) % N);
     }
     // Exponent e of the twiddle exp(dir 2 pi i e / N) on bin k1 of
     // first-stage block b; G nodes have none (0).
@@ -62,7 +68,7 @@ public:
     int output(int k1, int k2) const {
         if (twiddled) return k1 + A * k2;
         if (map_ == GoodThomasMap::Ruritanian) return (k1 * eA_ + k2 * eB_) % N;
-        return signed_index(((B * k1) % A * eA_ + k2 * eB_) % N);
+        return signed_index(((B * k1 * unstride_) % A * eA_ + k2 * eB_) % N);
     }
 
     // The input of first-stage block b, read from the node's input.
@@ -82,6 +88,7 @@ private:
     int signed_index(int n) const { return map_ == GoodThomasMap::NegatedResidue ? (N - n) % N : n; }
 
     GoodThomasMap map_;
+    int stride_ = 1, unstride_ = 0;  // s and 1/s mod A
     int eA_ = 0, eB_ = 0;
 };
 

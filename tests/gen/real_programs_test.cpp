@@ -23,6 +23,7 @@
 #include "algebra.h"
 #include "catalog.h"
 #include "dft_oracle.h"
+#include "forward.h"
 #include "graph_eval.h"
 #include "primes.h"
 #include "real_dft.h"
@@ -182,16 +183,18 @@ std::vector<TreeCase> tree_cases() {
 
 class RealTree : public ::testing::TestWithParam<TreeCase> {};
 
-// Bins 0..N/2 of a real input; the upper bins are the conjugates.
-TEST_P(RealTree, RealInput) {
-    const auto t = tqfcdft::parse_tree(GetParam().tree);
-    const bool widen = GetParam().widen;
+// Bins 0..N/2 of a real input; the upper bins are the conjugates. The
+// mirrors choose which member of each conjugate pair the program forms and
+// the Good-Thomas maps it reads by (a tree may state them).
+void check_real_input(const TreeCase& c, tqfcdft::Mirrors mirrors, const char* kind) {
+    const auto t = tqfcdft::parse_tree(c.tree);
+    const bool widen = c.widen;
     const int N = t->size;
     Graph g;
     SplitAlg a(g, widen ? Ty::F32 : Ty::F64, widen);
     std::vector<Cx> x(N);
     for (int n = 0; n < N; ++n) x[n] = {g.load_scalar(a.data_type(), 2 * n), Handle{}};
-    const std::vector<Cx> X = tqfcdft::real_input_dft(a, *t, x, -1);
+    const std::vector<Cx> X = tqfcdft::real_input_dft(a, *t, x, -1, mirrors);
     ASSERT_EQ(static_cast<int>(X.size()), N);
     std::vector<Handle> outs;
     for (int k = 0; 2 * k <= N; ++k) outs.insert(outs.end(), {X[k].re, X[k].im});
@@ -208,9 +211,24 @@ TEST_P(RealTree, RealInput) {
         want.insert(want.end(), {ref[k].real(), ref[k].imag()});
     }
     const long double err = rel_error(got, want);
-    note("real_input", widen, err, GetParam().tree);
+    note(kind, widen, err, c.tree);
     EXPECT_LT(err, kBound);
 }
+
+TEST_P(RealTree, RealInput) { check_real_input(GetParam(), tqfcdft::Mirrors::Lower, "real_input"); }
+
+// The forward real programs' trees with the real families' maps and
+// conjugate columns, the maps some trees state included.
+std::vector<TreeCase> real_family_cases() {
+    std::vector<TreeCase> v;
+    for (bool w : {false, true})
+        for (const auto& [n, s] : tqfrdft::forward_real_trees())
+            if (split_leaves(*tqfcdft::parse_tree(s))) v.push_back({s, w});
+    return v;
+}
+class RealFamilyTree : public ::testing::TestWithParam<TreeCase> {};
+TEST_P(RealFamilyTree, RealInput) { check_real_input(GetParam(), tqfcdft::Mirrors::RealFamilies, "real_family"); }
+INSTANTIATE_TEST_SUITE_P(Forward, RealFamilyTree, ::testing::ValuesIn(real_family_cases()), case_name);
 
 // Re sum_{k=0..N/2} F[k] exp(2 pi i kt/N) by the transposed real-input
 // transform: the way back of the Rader forms.
