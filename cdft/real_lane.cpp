@@ -19,7 +19,8 @@ using tqfgen::Root;
 const std::map<int, std::string>& real_lane_forms() {
     // Inner transform of p - 1 (factors in the order in which they act; G
     // where coprime, so that only trivial rotations stand between the factors
-    // of a power of two), cosine and sine ways back.
+    // of a power of two), cosine and sine ways back. 29's cosine is 7d T 2,
+    // twiddled like the real family's (rdft/forward.cpp).
     static const std::map<int, std::string> forms = {
         {7, "2 G 3 / 3 / 3"},
         {11, "5d G 2 / 5d / 5d"},
@@ -27,7 +28,7 @@ const std::map<int, std::string>& real_lane_forms() {
         {17, "(2 T 2) T (2 T 2) / (2 T 2) T 2 / 2 T 2"},
         {19, "(3 T 3) G 2 / 3 T 3 / 3 T 3"},
         {23, "2 G 11d / 11r / 11r"},
-        {29, "7d G 4 / 7d G 2 / 7d"},
+        {29, "7d G 4 / 7d T 2 / 7d"},
         {31, "(3 G 5d) G 2 / 5d G 3 / 5d G 3"},
         {37, "((2 T 2) G 3) T 3 / (2 G 3) T 3 / 3 T 3"},
         {41, "5 G ((2 T 2) T 2) / 5 G (2 T 2) / 5 G 2"},
