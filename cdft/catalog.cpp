@@ -18,20 +18,22 @@ using tqfgen::Ty;
 
 namespace {
 
-// Factor trees of the single-precision four-lane kernels.
+// Factor trees of the single-precision four-lane kernels. Their 13- and
+// 29-point blocks return the cosine through 2 T 3 and 7d G 2, not through the
+// h T 2 of the double-precision blocks (real_lane.cpp): their own programs.
 const std::map<int, std::string> kSingleTrees = {
     {6, "2 G 3"},          {8, "4 T 2"},          {9, "3 T 3"},
     {10, "5 G 2"},         {12, "4 G 3"},         {14, "2 G 7"},
     {15, "5 G 3"},         {16, "4 T 4"},         {18, "(3 G 2) T 3"},
     {20, "4 G 5"},         {21, "7 G 3"},         {22, "2 G 11"},
-    {24, "4 T (3 G 2)"},   {25, "5 T 5"},         {26, "13 G 2"},
+    {24, "4 T (3 G 2)"},   {25, "5 T 5"},         {26, "13[3 G 4 / 2 T 3 / 3] G 2"},
     {27, "(3 T 3) T 3"},   {28, "4 G 7"},         {30, "(5 G 2) G 3"},
     {32, "4 T (4 T 2)"},   {33, "11 G 3"},        {34, "2 G 17"},
     {35, "5 G 7"},         {36, "4 G (3 T 3)"},   {38, "2 G 19"},
-    {39, "13 G 3"},        {40, "(5 G 2) T 4"},   {42, "(7 G 2) G 3"},
+    {39, "13[3 G 4 / 2 T 3 / 3] G 3"},        {40, "(5 G 2) T 4"},   {42, "(7 G 2) G 3"},
     {44, "4 G 11"},        {45, "(5 G 3) T 3"},   {46, "23 T 2"},
     {48, "4 T (3 G 4)"},   {49, "7 T 7"},         {50, "(5 G 2) T 5"},
-    {51, "17 G 3"},        {52, "4 G 13"},        {54, "((2 G 3) T 3) T 3"},
+    {51, "17 G 3"},        {52, "4 G 13[3 G 4 / 2 T 3 / 3]"},        {54, "((2 G 3) T 3) T 3"},
     {55, "5 G 11"},        {56, "(7 G 2) T 4"},   {57, "19 G 3"},
     {58, "2 G 29[7d G 4 / 7d G 2 / 7d]"}, {60, "4 T (5 G 3)"},   {62, "31 T 2"},
     {63, "(3 T 3) G 7"},   {64, "(4 T 2) T (4 T 2)"},

@@ -17,12 +17,14 @@ using tqfgen::Handle;
 using tqfgen::Root;
 using tqfgen::Ty;
 
+// 53's 13-point block returns its cosine through 2 T 3, as in the
+// single-precision composites (catalog.cpp).
 const std::map<int, std::string>& rader_chains() {
     static const std::map<int, std::string> chains = {
         {7, "2 G 3"},            {11, "5 G 2"},                {13, "(2 T 2) G 3"},
         {17, "(2 T 2) T (2 T 2)"}, {19, "3 T (2 G 3)"},        {23, "2 G 11"},
         {29, "(2 T 2) G 7"},     {31, "5 G (2 G 3)"},          {37, "(2 T 2) G (3 T 3)"},
-        {41, "5 G (2 T (2 T 2))"}, {43, "(7 G 2) G 3"},        {53, "(2 T 2) G 13"},
+        {41, "5 G (2 T (2 T 2))"}, {43, "(7 G 2) G 3"},        {53, "(2 T 2) G 13[3 G 4 / 2 T 3 / 3]"},
         {61, "(2 T 2) G (5 G 3)"},
     };
     return chains;

@@ -19,12 +19,14 @@ using tqfgen::Root;
 const std::map<int, std::string>& real_lane_forms() {
     // Inner transform of p - 1 (factors in the order in which they act; G
     // where coprime, so that only trivial rotations stand between the factors
-    // of a power of two), cosine and sine ways back. 29's cosine is 7d T 2,
-    // twiddled like the real family's (rdft/forward.cpp).
+    // of a power of two), cosine and sine ways back. At 13, 29 and 61, whose
+    // m = (p-1)/2 is twice an odd h, the cosine is h T 2, twiddled, as in the
+    // real family (rdft/forward.cpp); the single-precision complex kernels
+    // that embed 13 or 29 keep the earlier forms (catalog.cpp, primes.cpp).
     static const std::map<int, std::string> forms = {
         {7, "2 G 3 / 3 / 3"},
         {11, "5d G 2 / 5d / 5d"},
-        {13, "3 G 4 / 2 T 3 / 3"},
+        {13, "3 G 4 / 3 T 2 / 3"},
         {17, "(2 T 2) T (2 T 2) / (2 T 2) T 2 / 2 T 2"},
         {19, "(3 T 3) G 2 / 3 T 3 / 3 T 3"},
         {23, "2 G 11d / 11r / 11r"},
@@ -36,7 +38,7 @@ const std::map<int, std::string>& real_lane_forms() {
         {47, "23 G 2 / 23 / 23"},
         {53, "13 G (2 T 2) / 13 G 2 / 13"},
         {59, "29 G 2 / 29 / 29"},
-        {61, "(3 G (2 T 2)) G 5w / (3 G 2) G 5w / 3 G 5w"},
+        {61, "(3 G (2 T 2)) G 5d / (5d G 3) T 2 / 3 G 5d"},
     };
     return forms;
 }

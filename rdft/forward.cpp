@@ -45,12 +45,13 @@ const std::map<int, std::string> kTrees = {
 
 // Rader lengths: the inner transform of p - 1 (factors in order of action),
 // and the cosine and sine ways back (cdft/rader_real.h).
-// 29 returns its cosine through 7d T 2, with twiddles of order 14 where
-// Good-Thomas would need none: the chosen program of 306 additions and 210
-// products (depth 19 in the inverse), the same in the complex family's block.
+// Where m = (p-1)/2 is twice an odd h (13, 29, 61), the cosine returns through
+// h T 2, with twiddles of order m where Good-Thomas would need none: the
+// chosen programs (29: 306 additions and 210 products), as in the complex
+// family's blocks (cdft/real_lane.cpp).
 const std::map<int, std::string> kRaderForms = {
     {11, "5d G 2 / 5d / 5d"},
-    {13, "3 G 4 / 2 T 3 / 3"},
+    {13, "3 G 4 / 3 T 2 / 3"},
     {17, "(2 T 2) T 4 / 4 T 2 / -4"},
     {19, "(3 T 3) G 2 / 3 T 3 / 3 T 3"},
     {23, "2 G 11d / 11r / 11r"},
@@ -62,7 +63,7 @@ const std::map<int, std::string> kRaderForms = {
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
     {53, "(2 G 13[3 G 4 / 3 G 2 / 3]) T 2 / 2 G 13[3 G 4 / 3 G 2 / 3] / 13[3 G 4 / 3 G 2 / 3]"},
     {59, "29 G 2 / 29 / 29"},
-    {61, "(3 G 5d) G 4 / (3 G 5d) G 2 / 3 G 5d"},
+    {61, "(3 G 5d) G 4 / (5d G 3) T 2 / 3 G 5d"},
 };
 
 tqfcdft::RaderForm rader_form(int p) {
