@@ -37,17 +37,7 @@ std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const 
     std::vector<Cx> x;
     for (int i = 0; i < n; ++i) x.push_back(Cx{g.load_scalar(tqfgen::Ty::F64, i), Handle{}});
     const std::vector<Cx> X = real_input_dft(f, t, x, -1);
-    std::vector<Handle> y;
-    std::vector<tqfgen::Weight> w;
-    for (int k = 0; 2 * k <= n; ++k) {
-        y.push_back(X[k].re);
-        w.push_back({F[k].re});
-        if (k != 0 && 2 * k != n) {
-            y.push_back(X[k].im);
-            w.push_back({F[k].im});
-        }
-    }
-    return tqfgen::transpose(g, y, a, w, n, fold, fold_rotations);
+    return tqfgen::transpose_half_spectrum(g, X, a, F, n, false, fold, fold_rotations);
 }
 
 namespace {

@@ -140,4 +140,21 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
     return x;
 }
 
+std::vector<Handle> transpose_half_spectrum(const Graph& source, const std::vector<Cx>& X, SplitAlg& target,
+                                            const std::vector<Cx>& F, int n, bool doubled, bool fold_single_use,
+                                            bool fold_rotations) {
+    std::vector<Handle> y;
+    std::vector<Weight> w;
+    for (int k = 0; 2 * k <= n; ++k) {
+        const bool interior = k != 0 && 2 * k != n;
+        y.push_back(X[k].re);
+        w.push_back({F[k].re, interior && doubled});
+        if (interior) {
+            y.push_back(X[k].im);
+            w.push_back({F[k].im, doubled});
+        }
+    }
+    return transpose(source, y, target, w, n, fold_single_use, fold_rotations);
+}
+
 }  // namespace tqfgen

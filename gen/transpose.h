@@ -42,4 +42,12 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
                               const std::vector<Weight>& weights, int inputs, bool fold_single_use = true,
                               bool fold_rotations = true);
 
+// The transpose of a real-input program whose outputs are the half spectrum
+// X[0..n/2] (an imaginary part at the interior harmonics only), each output
+// weighted by the matching part of F: the real sequence of length n that F
+// gives. `doubled`: the interior harmonics' weights are doubled.
+std::vector<Handle> transpose_half_spectrum(const Graph& source, const std::vector<Cx>& X, SplitAlg& target,
+                                            const std::vector<Cx>& F, int n, bool doubled,
+                                            bool fold_single_use = true, bool fold_rotations = true);
+
 }  // namespace tqfgen

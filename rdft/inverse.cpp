@@ -82,7 +82,11 @@ std::string own_rader_blocks(const std::string& shape) {
         const std::string leaf = shape.substr(i, j - i);
         out += leaf;
         const bool bare = j == shape.size() || shape[j] == ' ' || shape[j] == ')';
-        if (bare && is_rader_prime(std::stoi(leaf))) out += "[" + own_rader_form(std::stoi(leaf)) + "]";
+        if (bare && is_rader_prime(std::stoi(leaf))) {
+            out += '[';
+            out += own_rader_form(std::stoi(leaf));
+            out += ']';
+        }
         i = j;
     }
     return out;
@@ -117,18 +121,7 @@ std::vector<Handle> inverse_real_weighted(tqfgen::SplitAlg& a, int n, const std:
     for (int i = 0; i < n; ++i) x.push_back(g.load_scalar(tqfgen::Ty::F64, i));
     const std::vector<Cx> X = forward_real_shape(f, own_rader_blocks(d->second), x);
     // Its outputs weighted by the harmonics, the interior ones doubled first.
-    std::vector<Handle> y;
-    std::vector<tqfgen::Weight> w;
-    for (int k = 0; k <= n / 2; ++k) {
-        const bool interior = k != 0 && 2 * k != n;
-        y.push_back(X[k].re);
-        w.push_back({F[k].re, interior && doubled});
-        if (interior) {
-            y.push_back(X[k].im);
-            w.push_back({F[k].im, doubled});
-        }
-    }
-    return tqfgen::transpose(g, y, a, w, n);
+    return tqfgen::transpose_half_spectrum(g, X, a, F, n, doubled);
 }
 
 }  // namespace tqfrdft
