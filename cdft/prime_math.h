@@ -32,13 +32,17 @@ inline int primitive_root(int p) {
 
 // Rader's kernel K[k] = (1/N) sum_n W^(g^-n) w^(nk), with W = exp(dir 2 pi i/p)
 // and w = exp(dir 2 pi i/N), N = p - 1, in long double; and the two index
-// orders g^n and g^-n (mod p).
+// orders g^n and g^-n (mod p). g is the smallest primitive root unless the
+// caller names another (root != 0).
 struct RaderKernel {
     int p, N, g;
     std::vector<int> pow_g, pow_ginv;
     std::vector<tqfgen::Root> bin;
 
-    RaderKernel(int prime, int dir) : p(prime), N(prime - 1), g(primitive_root(prime)) {
+    RaderKernel(int prime, int dir, int root = 0) : p(prime), N(prime - 1), g(root ? root : primitive_root(prime)) {
+        for (int q = 2; q < N; ++q)
+            if (N % q == 0 && pow_mod(g, N / q, p) == 1)
+                throw std::runtime_error(std::to_string(g) + " is not a primitive root of " + std::to_string(p));
         const int ginv = static_cast<int>(pow_mod(g, p - 2, p));
         for (int n = 0; n < N; ++n) {
             pow_g.push_back(static_cast<int>(pow_mod(g, n, p)));

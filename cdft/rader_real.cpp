@@ -16,8 +16,17 @@ using tqfgen::Root;
 
 RaderForm parse_rader_form(const std::string& text) {
     std::vector<std::string> parts(1);
+    // An optional "g<root>:" ahead of the trees names the primitive root.
+    int root = 0;
+    size_t from = text.find_first_not_of(' ');
+    if (from != std::string::npos && text[from] == 'g') {
+        const size_t colon = text.find(':', from);
+        if (colon == std::string::npos) throw std::runtime_error("Rader form: g<root>: expected: " + text);
+        root = std::stoi(text.substr(from + 1, colon - from - 1));
+        from = colon + 1;
+    }
     int nested = 0;  // inside a nested block's own form
-    for (char c : text) {
+    for (char c : text.substr(from == std::string::npos ? text.size() : from)) {
         nested += c == '[' ? 1 : c == ']' ? -1 : 0;
         if (c == '/' && nested == 0) parts.emplace_back();
         else parts.back() += c;
@@ -26,7 +35,9 @@ RaderForm parse_rader_form(const std::string& text) {
     const size_t minus = parts[2].find_first_not_of(' ');
     const bool negated = minus != std::string::npos && parts[2][minus] == '-';
     if (negated) parts[2].erase(0, minus + 1);
-    return RaderForm{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2]), negated};
+    RaderForm form{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2]), negated};
+    form.root = root;
+    return form;
 }
 
 std::vector<Handle> half_spectrum_sum(tqfgen::SplitAlg& a, const Tree& t, const std::vector<Cx>& F, bool fold,
@@ -119,7 +130,7 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     const int fwd = -1;
     const int N = p - 1, m = N / 2;
     if (form.inner->size != N || form.cosine->size != m) throw std::logic_error("Rader form of the wrong length");
-    const RaderKernel K(p, fwd);
+    const RaderKernel K(p, fwd, form.root);
     // Elements in the order of the powers of g: a real sequence per lane.
     std::vector<Cx> y(N);
     for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};

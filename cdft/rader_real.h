@@ -40,6 +40,10 @@ struct RaderForm {
     // The ways back fold a bin's single product at even m too (they do at
     // odd m in any case; see half_spectrum_sum).
     bool fold_bins = false;
+    // The primitive root whose powers order the elements ("g10: ..." before
+    // the trees); 0: the smallest. Which root only permutes the bins, so it
+    // changes which imaginary parts the graph holds negated, nothing else.
+    int root = 0;
 };
 
 // "inner / cosine / sine", three factor trees (the sine one may start with "-").
