@@ -120,6 +120,32 @@ std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int 
     return S;
 }
 
+// Whether a double combination holds a single value besides its products:
+// a row x + c y of a real block, or the x - 0.5 y of a 3-point stage.
+bool holds_single_value(const tqfgen::Graph& g, int id) {
+    const tqfgen::Node& n = g.node(id);
+    if (n.op == tqfgen::Op::Widen) return true;
+    if (n.op != tqfgen::Op::Add && n.op != tqfgen::Op::Sub) return false;
+    return holds_single_value(g, n.a) || holds_single_value(g, n.b);
+}
+
+// The inner transform's bins go only into the kernel's products, which take
+// their operands in double: a part of a bin that a stage forms as the sum or
+// difference of two rows x + products is formed from the rows still in
+// double and stays in double into the products, so those rows are not
+// rounded for it. Rows of products alone (sine rows, lone products) were
+// finished and rounded by their blocks and are summed in single.
+Handle bin_in_double(tqfgen::SplitAlg& a, Handle v) {
+    if (!a.widening() || !v.valid()) return v;
+    const tqfgen::Graph& g = a.graph();
+    const tqfgen::Node n = g.node(v.id);
+    if ((n.op != tqfgen::Op::Add && n.op != tqfgen::Op::Sub) || n.ty != tqfgen::Ty::F32) return v;
+    const Handle x = a.unrounded(Handle{n.a, false}), y = a.unrounded(Handle{n.b, false});
+    if (!x.valid() || !y.valid() || !holds_single_value(g, x.id) || !holds_single_value(g, y.id)) return v;
+    const Handle r = n.op == tqfgen::Op::Add ? a.add_r(x, y) : a.sub_r(x, y);
+    return v.neg ? -r : r;
+}
+
 }  // namespace
 
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, const RaderForm& form) {
@@ -134,7 +160,8 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     // Elements in the order of the powers of g: a real sequence per lane.
     std::vector<Cx> y(N);
     for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};
-    const std::vector<Cx> Y = real_input_dft(a, *form.inner, y, fwd);
+    std::vector<Cx> Y = real_input_dft(a, *form.inner, y, fwd);
+    for (int k = 1; k < m; ++k) Y[k] = Cx{bin_in_double(a, Y[k].re), bin_in_double(a, Y[k].im)};
 
     Halves h;
     h.x0 = a.add_r(x[0], Y[0].re);

@@ -90,6 +90,12 @@ public:
         return a;
     }
     bool kept(H a) const { return a.valid() && kept_.count(a.id) != 0; }
+    // The combination a settled value was rounded from, still in double;
+    // invalid for any other value (a kept one included).
+    H unrounded(H a) const {
+        if (!a.valid() || kept(a) || g_.node(a.id).op != Op::Narrow) return zero();
+        return H{g_.node(a.id).a, a.neg};
+    }
 
     C add(C a, C b) { return {add_r(a.re, b.re), add_r(a.im, b.im)}; }
     C sub(C a, C b) { return {sub_r(a.re, b.re), sub_r(a.im, b.im)}; }
