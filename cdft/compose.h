@@ -60,17 +60,17 @@ void eval_tree(A& a, const Tree& t, const In<A>& x, const Out<A>& X, int dir, in
 // are folded into addsub when the stage feeds a nested tree (they stay a
 // flip in front of a single block, like the twiddles).
 template <class A>
-void eval_left_stage(A& a, const Tree& t, const In<A>& x, const Out<A>& Y, int dir) {
+void eval_left_stage(A& a, const Tree& t, int b, const In<A>& x, const Out<A>& Y, int dir) {
     if constexpr (std::is_same_v<A, tqfgen::PairAlg>) {
         if (a.flip_join_into_leaf) {
             const bool saved = a.fold_rotations;
             a.fold_rotations = !t.right->leaf();
-            eval_tree(a, *t.left, x, Y, dir);
+            eval_tree(a, first_stage_block(t, b), x, Y, dir);
             a.fold_rotations = saved;
             return;
         }
     }
-    eval_tree(a, *t.left, x, Y, dir);
+    eval_tree(a, first_stage_block(t, b), x, Y, dir);
 }
 
 // A leaf is one block; a node runs its first stage, the twiddles (T nodes;
@@ -88,7 +88,7 @@ void eval_tree(A& a, const Tree& t, const In<A>& x, const Out<A>& X, int dir, in
     const NodeWalk w(t);
     std::vector<Vec<A>> Y(w.B, Vec<A>(w.A));
     for (int b = 0; b < w.B; ++b) {
-        eval_left_stage(a, t, w.block_input(x, b), write_to(Y[b]), dir);
+        eval_left_stage(a, t, b, w.block_input(x, b), write_to(Y[b]), dir);
         for (int k1 = 0; k1 < w.A; ++k1)
             if (w.twiddled && !free_column(k1, w.N, w.B).free)
                 Y[b][k1] = tqfgen::twiddle(a, Y[b][k1], w.twiddle(b, k1, dir), t.right->leaf());

@@ -1,6 +1,7 @@
 #include "lane_stages.h"
 
 #include <map>
+#include <stdexcept>
 #include <tuple>
 
 #include "compose.h"
@@ -92,6 +93,7 @@ std::vector<std::vector<LaneVal>> run_stages(tqfgen::SplitAlg& a, const Tree& t,
             for (int i = 0; i < w.A; ++i) in.push_back(x[w.input(b, i)]);
             left_in.push_back(in);
         }
+    if (!t.blocks.empty()) throw std::runtime_error("lane stages: a first stage must run one tree");
     std::vector<std::vector<LaneVal>> Y = run_stages(a, *t.left, left_in, dir, false);
     if (w.twiddled)
         for (size_t j = 0; j < Y.size(); ++j)

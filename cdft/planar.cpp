@@ -56,6 +56,7 @@ Cx lane_twiddle(Graph& g, Cx x, const std::vector<Root>& w) {
 void build_planar(tqfgen::Kernel& k, const std::string& tree_text, int dir) {
     const auto tree = parse_tree(tree_text);
     if (tree->leaf()) throw std::runtime_error("planar kernels need a composite tree");
+    if (!tree->blocks.empty()) throw std::runtime_error("planar kernels run one tree per stage");
     if (tree->size != k.length) throw std::runtime_error("tree size differs from length");
     Graph& g = k.g;
     tqfgen::SplitAlg alg(g, Ty::V4F, false);

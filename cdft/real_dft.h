@@ -86,7 +86,7 @@ inline std::vector<tqfgen::Cx> real_input_dft(tqfgen::SplitAlg& a, const Tree& t
         for (int b = 0; b < w.B; ++b) {
             std::vector<tqfgen::Cx> in;
             for (int i = 0; i < w.A; ++i) in.push_back(x[w.input(b, i)]);
-            Y[b] = real_input_dft(a, *t.left, in, dir, mirrors);
+            Y[b] = real_input_dft(a, first_stage_block(t, b), in, dir, mirrors);
         }
         // Of blocks k1 and A - k1 only one is formed: the other's bins are
         // the conjugates of its own.

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <stdexcept>
+#include <utility>
 
 namespace tqfcdft {
 namespace {
@@ -39,11 +40,31 @@ struct Parser {
         leaf->size = std::stoi(leaf->block);
         return leaf;
     }
+    // "{a | b | ...}": a first stage that names a tree per block.
+    std::vector<std::shared_ptr<const Tree>> block_list() {
+        std::vector<std::shared_ptr<const Tree>> blocks;
+        skip();
+        if (i >= s.size() || s[i] != '{') return blocks;
+        do {
+            ++i;
+            blocks.push_back(expr());
+            skip();
+            if (i >= s.size()) throw std::runtime_error("unbalanced block list in tree: " + s);
+            if (blocks.back()->size != blocks.front()->size) throw std::runtime_error("blocks of unequal length in tree: " + s);
+        } while (s[i] == '|');
+        if (s[i] != '}') throw std::runtime_error("unbalanced block list in tree: " + s);
+        ++i;
+        return blocks;
+    }
     std::shared_ptr<const Tree> expr() {
-        auto left = operand();
+        auto blocks = block_list();
+        auto left = blocks.empty() ? operand() : blocks.front();
         for (;;) {
             skip();
-            if (i >= s.size() || (s[i] != 'G' && s[i] != 'T')) return left;
+            if (i >= s.size() || (s[i] != 'G' && s[i] != 'T')) {
+                if (!blocks.empty()) throw std::runtime_error("a block list must be a node's first stage: " + s);
+                return left;
+            }
             auto node = std::make_shared<Tree>();
             node->op = s[i++];
             if (node->op == 'G' && i < s.size() && s[i] == '<') {
@@ -55,6 +76,10 @@ struct Parser {
             node->left = left;
             node->right = operand();
             node->size = node->left->size * node->right->size;
+            if (!blocks.empty() && static_cast<int>(blocks.size()) != node->right->size)
+                throw std::runtime_error("a block list needs one tree per block: " + s);
+            node->blocks = std::move(blocks);
+            blocks.clear();
             left = node;
         }
     }

@@ -25,6 +25,7 @@
 #include "dft_oracle.h"
 #include "forward.h"
 #include "graph_eval.h"
+#include "inverse.h"
 #include "primes.h"
 #include "real_dft.h"
 #include "rader_real.h"
@@ -218,13 +219,34 @@ void check_real_input(const TreeCase& c, tqfcdft::Mirrors mirrors, const char* k
 TEST_P(RealTree, RealInput) { check_real_input(GetParam(), tqfcdft::Mirrors::Lower, "real_input"); }
 
 // The forward real programs' trees with the real families' maps and
-// conjugate columns, the maps some trees state included.
+// conjugate columns, the maps some trees state included, and the inverse
+// programs' trees that name their first stage block by block.
 std::vector<TreeCase> real_family_cases() {
     std::vector<TreeCase> v;
-    for (bool w : {false, true})
+    for (bool w : {false, true}) {
         for (const auto& [n, s] : tqfrdft::forward_real_trees())
             if (split_leaves(*tqfcdft::parse_tree(s))) v.push_back({s, w});
+        for (const auto& [n, s] : tqfrdft::inverse_real_duals())
+            if (s.find('{') != std::string::npos) v.push_back({s, w});
+    }
     return v;
+}
+
+// A first stage named block by block: one tree per block, all of one
+// length, only as a node's first stage.
+TEST(TreeParser, BlockLists) {
+    const auto t = tqfcdft::parse_tree("{4 T 4 | 4 T 4 | (2 T 4) T 2 | 4 T 4} T 4");
+    ASSERT_EQ(t->blocks.size(), 4u);
+    EXPECT_EQ(t->size, 64);
+    EXPECT_EQ(&tqfcdft::first_stage_block(*t, 0), t->left.get());
+    EXPECT_EQ(tqfcdft::first_stage_block(*t, 2).right->size, 2);
+    EXPECT_EQ(tqfcdft::first_stage_block(*t, 3).right->size, 4);
+    const auto plain = tqfcdft::parse_tree("(4 T 4) T 4");
+    EXPECT_TRUE(plain->blocks.empty());
+    EXPECT_EQ(&tqfcdft::first_stage_block(*plain, 3), plain->left.get());
+    for (const char* bad : {"{4 T 4 | 4 T 4} T 4", "{4 T 4 | 4 T 4 | 8 | 4 T 4} T 4", "{4 | 4}", "4 T {2 | 2}",
+                            "{4 | 4 T 4"})
+        EXPECT_THROW(tqfcdft::parse_tree(bad), std::runtime_error) << bad;
 }
 class RealFamilyTree : public ::testing::TestWithParam<TreeCase> {};
 TEST_P(RealFamilyTree, RealInput) { check_real_input(GetParam(), tqfcdft::Mirrors::RealFamilies, "real_family"); }
