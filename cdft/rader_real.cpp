@@ -120,6 +120,40 @@ std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int 
     return S;
 }
 
+// The sine branch of m = 2h, h odd, as "h T 2" on odd frequencies: S[t],
+// t = 2 tau + e, from the folded odd bins Z[q]. The bins r and r + m (r odd,
+// below m) meet in a 2-point step, Y_e[r] = Z[r] + (-1)^e Z[r + m]; the
+// branch e = 1 turns by r/N of a turn (twiddles of order N = 2m, one rotation
+// for each conjugate pair); each branch is then Hermitian over r mod m, so
+// it returns through the transpose of a real-input transform of length h
+// (the tree's first factor), bin k = r/2 (mod h), and every other output
+// negated: exp(i pi r tau/h) = (-1)^tau exp(2 pi i (r/2 mod h) tau/h).
+// Against the CRT form it costs the rotations and saves nothing, but it
+// holds the sine outputs as deep as a cosine of h T 2: the choice for
+// 13, 29 and 61, whose cosines return without twiddles (h G 2).
+std::vector<Handle> sine_by_halves(tqfgen::SplitAlg& a, const Tree& tree, int N, const std::vector<Cx>& Z,
+                                   bool fold) {
+    const int m = N / 2, h = m / 2;
+    if (tree.size != m || tree.op != 'T' || tree.right->size != 2 || h % 2 == 0)
+        throw std::logic_error("Rader sine tree of m = 2h must be h T 2, h odd");
+    const auto bin = [&](int q) { return q <= m ? Z[q] : a.conj(Z[N - q]); };
+    std::vector<Handle> S(m);
+    for (int e = 0; e < 2; ++e) {
+        // F[k] = V_e[r], r the odd residue with r = 2k (mod h), r in (h, m).
+        std::vector<Cx> F((h + 1) / 2);
+        // V_e[h] is real: 2 Re Z[h], or i (2i Im Z[h]); F[0] takes half of it.
+        F[0] = Cx{e == 0 ? bin(h).re : a.neg_r(bin(h).im), Handle{}};
+        for (int k = 1; 2 * k < h; ++k) {
+            const int r = 2 * k + h;
+            const Cx Y = e == 0 ? a.add(bin(r), bin(r + m)) : a.sub(bin(r), bin(r + m));
+            F[k] = e == 0 ? Y : tqfgen::twiddle(a, Y, tqfgen::unit_root(r, N, +1));
+        }
+        const std::vector<Handle> out = half_spectrum_sum(a, *tree.left, F, fold);
+        for (int tau = 0; tau < h; ++tau) S[2 * tau + e] = tau % 2 == 0 ? out[tau] : a.neg_r(out[tau]);
+    }
+    return S;
+}
+
 }  // namespace
 
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, const RaderForm& form) {
@@ -180,7 +214,8 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         S = way_back(*form.sine, odd);
         for (int t = 1; t < m; t += 2) S[t] = a.neg_r(S[t]);
     } else {
-        S = sine_by_quarters(a, *form.sine, N, Z);
+        S = form.sine->size == m ? sine_by_halves(a, *form.sine, N, Z, true)
+                                 : sine_by_quarters(a, *form.sine, N, Z);
     }
 
     if (form.negated_sine)

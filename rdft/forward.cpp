@@ -57,11 +57,11 @@ const std::map<int, std::string> kTrees = {
 // as the kernel is counted, where 2 holds two (the values do not change).
 const std::map<int, std::string> kRaderForms = {
     {11, "5d G 2 / 5d / 5d"},
-    {13, "3 G 4 / 3 T 2 / 3"},
+    {13, "3 G 4 / 3 G 2 / 3 T 2"},
     {17, "(2 T 2) T 4 / 4 T 2 / -4"},
     {19, "g10: (3 T 3) G 2 / 3 T 3 / 3 T 3"},
     {23, "2 G 11d / 11r / 11r"},
-    {29, "7d G 4 / 7d T 2 / 7d"},
+    {29, "7d G 4 / 7d G 2 / 7d T 2"},
     {31, "(3 G 5d) G 2 / 5d G 3 / 5d G 3"},
     {37, "(2 T 2) G (3 T 3) / 2 G (3 T 3) / 3 T 3"},
     {41, "5d G (2 T 4) / (2 G 5d) T 2 / -2 G 5d"},
@@ -69,7 +69,7 @@ const std::map<int, std::string> kRaderForms = {
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
     {53, "(2 G 13[3 G 4 / 3 G 2 / 3]) T 2 / 2 G 13[3 G 4 / 3 G 2 / 3] / 13[3 G 4 / 3 G 2 / 3]"},
     {59, "29 G 2 / 29 / 29"},
-    {61, "(3 G 5d) G 4 / (5d G 3) T 2 / 3 G 5d"},
+    {61, "(3 G 5d) G 4 / (5d G 3) G 2 / (5d G 3) T 2"},
 };
 
 tqfcdft::RaderForm rader_form(int p) {
