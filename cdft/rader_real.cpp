@@ -126,8 +126,8 @@ std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int 
 // branch e = 1 turns by r/N of a turn (twiddles of order N = 2m, one rotation
 // for each conjugate pair); each branch is then Hermitian over r mod m, so
 // it returns through the transpose of a real-input transform of length h
-// (the tree's first factor), bin k = r/2 (mod h), and every other output
-// negated: exp(i pi r tau/h) = (-1)^tau exp(2 pi i (r/2 mod h) tau/h).
+// (the tree's first factor; `fold` as in half_spectrum_sum), bin
+// k = r/2 (mod h), and every other output negated: exp(i pi r tau/h) = (-1)^tau exp(2 pi i (r/2 mod h) tau/h).
 // Against the CRT form it costs the rotations and saves nothing, but it
 // holds the sine outputs as deep as a cosine of h T 2: the choice for
 // 13, 29 and 61, whose cosines return without twiddles (h G 2).
@@ -214,8 +214,10 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         S = way_back(*form.sine, odd);
         for (int t = 1; t < m; t += 2) S[t] = a.neg_r(S[t]);
     } else {
-        S = form.sine->size == m ? sine_by_halves(a, *form.sine, N, Z, true)
-                                 : sine_by_quarters(a, *form.sine, N, Z);
+        // The h-point ways back of the sine by halves fold as those of odd m do.
+        S = form.sine->size == m
+                ? sine_by_halves(a, *form.sine, N, Z, !(a.transposed_later && has_twiddles(*form.sine->left)))
+                : sine_by_quarters(a, *form.sine, N, Z);
     }
 
     if (form.negated_sine)

@@ -271,7 +271,9 @@ INSTANTIATE_TEST_SUITE_P(Trees, RealTree, ::testing::ValuesIn(tree_cases()), cas
 // half A[k] and sine half B[k], X[k] = A[k] - i B[k] in the forward sense.
 struct HalvesCase {
     int p;
-    std::string form;  // "block" (the block's own choice), "direct" or "rader"
+    // "block" (the block's own choice), "direct", "rader" (the complex
+    // family's Rader form) or "real_rader" (the real families' own form).
+    std::string form;
     bool widen;
 };
 void PrintTo(const HalvesCase& c, std::ostream* os) { *os << c.p << " " << c.form << " " << mode_name(c.widen); }
@@ -286,6 +288,8 @@ std::vector<HalvesCase> halves_cases() {
             v.push_back({p, "direct", w});
             if (tqfcdft::real_lane_forms().count(p)) v.push_back({p, "rader", w});
         }
+    for (bool w : {false, true})
+        for (const auto& [p, form] : tqfrdft::forward_rader_forms()) v.push_back({p, "real_rader", w});
     return v;
 }
 
@@ -299,7 +303,10 @@ TEST_P(RealHalves, AgainstDirectSum) {
     for (int n = 0; n < p; ++n) x.push_back(g.load_scalar(a.data_type(), 2 * n));
     const tqfcdft::Halves h = form == "block"    ? tqfcdft::prime_halves(a, p, x)
                               : form == "direct" ? tqfcdft::direct_halves(a, p, x)
-                                                 : tqfcdft::rader_halves(a, p, x, tqfcdft::real_lane_form(p));
+                              : form == "rader"
+                                  ? tqfcdft::rader_halves(a, p, x, tqfcdft::real_lane_form(p))
+                                  : tqfcdft::rader_halves(a, p, x,
+                                                          tqfcdft::parse_rader_form(tqfrdft::forward_rader_forms().at(p)));
     const int m = (p - 1) / 2;
     ASSERT_EQ(static_cast<int>(h.A.size()), m + 1);
     ASSERT_EQ(static_cast<int>(h.B.size()), m + 1);
