@@ -1,5 +1,7 @@
 #include "rader_real.h"
 
+#include <functional>
+#include <map>
 #include <stdexcept>
 
 #include "compose.h"
@@ -75,6 +77,12 @@ long inverse_mod(long a, long n) {
     return n == 1 ? 0 : throw std::logic_error("no inverse");
 }
 
+// An odd-frequency sum of length n: S[t] = Re sum over odd q < n of B(q)
+// exp(pi i q t/n), t = 0..n-1, where B(2n - q) is the conjugate of B(q) (so
+// the sum over all odd q below 2n is 2 S). At odd n, B(n) is real and the
+// call gives half of it.
+using OddBins = std::function<Cx(int)>;
+
 // The sine branch of even m: S[t], t = 0..m-1, from the folded odd bins
 // Z[q] (q < m; the bins above are their conjugates). With N = 2^a h' (h'
 // odd) and exp(2 pi i/N) = exp(2 pi i al/2^a) exp(2 pi i be/h'), the odd
@@ -86,13 +94,12 @@ long inverse_mod(long a, long n) {
 // real and negated imaginary parts are the outputs s and s + 2^(a-2).
 // When a = 2 nothing is rotated: the outputs are the real and imaginary
 // parts of the length-h' results as they stand.
-std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int N, const std::vector<Cx>& Z) {
+std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int N, const OddBins& bin) {
     const int m = N / 2;
     if (tree.size != m / 2) throw std::logic_error("Rader sine tree of the wrong length");
     const SineParts parts = sine_parts(tree);
     const int hodd = parts.odd ? parts.odd->size : 1, pow2 = N / hodd, quarter = pow2 / 4;
     const long al = inverse_mod(hodd % pow2, pow2), be = inverse_mod(pow2 % hodd, hodd);
-    const auto bin = [&](int q) { return q < m ? Z[q] : a.conj(Z[N - q]); };
     // A[r][u]: class q1 = 1 + 4r, output class u (t = u mod h').
     std::vector<std::vector<Cx>> A(quarter);
     for (int r = 0; r < quarter; ++r) {
@@ -120,36 +127,52 @@ std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int 
     return S;
 }
 
-// The sine branch of m = 2h, h odd, as "h T 2" on odd frequencies: S[t],
-// t = 2 tau + e, from the folded odd bins Z[q]. The bins r and r + m (r odd,
-// below m) meet in a 2-point step, Y_e[r] = Z[r] + (-1)^e Z[r + m]; the
-// branch e = 1 turns by r/N of a turn (twiddles of order N = 2m, one rotation
-// for each conjugate pair); each branch is then Hermitian over r mod m, so
-// it returns through the transpose of a real-input transform of length h
-// (the tree's first factor; `fold` as in half_spectrum_sum), bin
-// k = r/2 (mod h), and every other output negated: exp(i pi r tau/h) = (-1)^tau exp(2 pi i (r/2 mod h) tau/h).
-// Against the CRT form it costs the rotations and saves nothing, but it
-// holds the sine outputs as deep as a cosine of h T 2: the choice for
-// 13, 29 and 61, whose cosines return without twiddles (h G 2).
-std::vector<Handle> sine_by_halves(tqfgen::SplitAlg& a, const Tree& tree, int N, const std::vector<Cx>& Z,
-                                   bool fold) {
-    const int m = N / 2, h = m / 2;
-    if (tree.size != m || tree.op != 'T' || tree.right->size != 2 || h % 2 == 0)
-        throw std::logic_error("Rader sine tree of m = 2h must be h T 2, h odd");
-    const auto bin = [&](int q) { return q <= m ? Z[q] : a.conj(Z[N - q]); };
-    std::vector<Handle> S(m);
+// Odd n: q = n + 2k (mod 2n) gives exp(pi i q t/n) = (-1)^t exp(2 pi i kt/n),
+// so S is the transpose of a real-input transform of length n over
+// F[k] = B(n + 2k), every other output negated. It folds as the ways back
+// of odd m do (see rader_halves).
+std::vector<Handle> odd_frequency_odd(tqfgen::SplitAlg& a, const Tree& tree, int n, const OddBins& B) {
+    const bool fold = !(a.transposed_later && has_twiddles(tree));
+    std::vector<Cx> F((n + 1) / 2);
+    F[0] = Cx{B(n).re, Handle{}};
+    for (int k = 1; 2 * k < n; ++k) F[k] = B(n + 2 * k);
+    const std::vector<Handle> out = half_spectrum_sum(a, tree, F, fold);
+    std::vector<Handle> S(n);
+    for (int t = 0; t < n; ++t) S[t] = t % 2 == 0 ? out[t] : a.neg_r(out[t]);
+    return S;
+}
+
+// Even n as "X T 2" ("by halves"): t = 2 tau + e. The bins q and q + n meet
+// in a 2-point step, Y_e(q) = B(q) + (-1)^e B(q + n); the branch e = 1 turns
+// by q/2n of a turn (twiddles of order 2n, one rotation for each conjugate
+// pair); each branch V_e is again conjugate-symmetric, V_e(n - q) = conj
+// V_e(q), and so the odd-frequency sum of length n/2 over the tree X. Its
+// outputs are as deep as those of a cosine of X T 2, at the cost of the
+// rotations; with a cosine of X G 2 the adds and products are those of the
+// CRT form (sine_by_quarters) and a cosine of X T 2.
+std::vector<Handle> odd_frequency(tqfgen::SplitAlg& a, const Tree& tree, int n, const OddBins& B) {
+    const bool by_halves = tree.op == 'T' && tree.right->size == 2 && !power_of_two(tree.size);
+    if (!by_halves) {
+        if (2 * tree.size == n) return sine_by_quarters(a, tree, 2 * n, B);
+        if (tree.size == n && n % 2 == 1) return odd_frequency_odd(a, tree, n, B);
+        throw std::logic_error("Rader sine tree of the wrong length");
+    }
+    const int half = n / 2;
+    std::vector<Handle> S(n);
     for (int e = 0; e < 2; ++e) {
-        // F[k] = V_e[r], r the odd residue with r = 2k (mod h), r in (h, m).
-        std::vector<Cx> F((h + 1) / 2);
-        // V_e[h] is real: 2 Re Z[h], or i (2i Im Z[h]); F[0] takes half of it.
-        F[0] = Cx{e == 0 ? bin(h).re : a.neg_r(bin(h).im), Handle{}};
-        for (int k = 1; 2 * k < h; ++k) {
-            const int r = 2 * k + h;
-            const Cx Y = e == 0 ? a.add(bin(r), bin(r + m)) : a.sub(bin(r), bin(r + m));
-            F[k] = e == 0 ? Y : tqfgen::twiddle(a, Y, tqfgen::unit_root(r, N, +1));
+        // V_e(q) for odd q in (n/2, n), formed; those below are conjugates.
+        std::map<int, Cx> V;
+        for (int q = half + 1; q < n; ++q) {
+            if (q % 2 == 0) continue;
+            const Cx Y = e == 0 ? a.add(B(q), B(q + n)) : a.sub(B(q), B(q + n));
+            V[q] = e == 0 ? Y : tqfgen::twiddle(a, Y, tqfgen::unit_root(q, 2 * n, +1));
         }
-        const std::vector<Handle> out = half_spectrum_sum(a, *tree.left, F, fold);
-        for (int tau = 0; tau < h; ++tau) S[2 * tau + e] = tau % 2 == 0 ? out[tau] : a.neg_r(out[tau]);
+        // At odd n/2, half of V_e(n/2), which is real: Re B(n/2), or
+        // (i Im B(n/2)) times i.
+        if (half % 2 == 1) V[half] = Cx{e == 0 ? B(half).re : a.neg_r(B(half).im), Handle{}};
+        const OddBins Ve = [&](int q) { return q >= half ? V.at(q) : a.conj(V.at(n - q)); };
+        const std::vector<Handle> part = odd_frequency(a, *tree.left, half, Ve);
+        for (int tau = 0; tau < half; ++tau) S[2 * tau + e] = part[tau];
     }
     return S;
 }
@@ -214,10 +237,8 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         S = way_back(*form.sine, odd);
         for (int t = 1; t < m; t += 2) S[t] = a.neg_r(S[t]);
     } else {
-        // The h-point ways back of the sine by halves fold as those of odd m do.
-        S = form.sine->size == m
-                ? sine_by_halves(a, *form.sine, N, Z, !(a.transposed_later && has_twiddles(*form.sine->left)))
-                : sine_by_quarters(a, *form.sine, N, Z);
+        const OddBins bins = [&](int q) { return q <= m ? Z[q] : a.conj(Z[N - q]); };
+        S = odd_frequency(a, *form.sine, m, bins);
     }
 
     if (form.negated_sine)

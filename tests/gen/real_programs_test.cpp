@@ -24,6 +24,7 @@
 #include "catalog.h"
 #include "dft_oracle.h"
 #include "forward.h"
+#include "inverse.h"
 #include "graph_eval.h"
 #include "primes.h"
 #include "real_dft.h"
@@ -272,13 +273,26 @@ INSTANTIATE_TEST_SUITE_P(Trees, RealTree, ::testing::ValuesIn(tree_cases()), cas
 struct HalvesCase {
     int p;
     // "block" (the block's own choice), "direct", "rader" (the complex
-    // family's Rader form) or "real_rader" (the real families' own form).
+    // family's Rader form), "real_rader" (the real forward form) or
+    // "inverse_rader" (the form an inverse transposes, where it has its own).
     std::string form;
     bool widen;
 };
 void PrintTo(const HalvesCase& c, std::ostream* os) { *os << c.p << " " << c.form << " " << mode_name(c.widen); }
 std::string halves_name(const ::testing::TestParamInfo<HalvesCase>& i) {
     return std::to_string(i.param.p) + "_" + i.param.form + "_" + mode_name(i.param.widen);
+}
+// A Rader form names its three trees separated by '/' outside brackets.
+bool top_level_slash(const std::string& shape) {
+    int open = 0;
+    for (const char c : shape) {
+        open += c == '[' ? 1 : c == ']' ? -1 : 0;
+        if (c == '/' && open == 0) return true;
+    }
+    return false;
+}
+const std::string& real_family_form(int p, const std::string& which) {
+    return which == "real_rader" ? tqfrdft::forward_rader_forms().at(p) : tqfrdft::inverse_real_duals().at(p);
 }
 std::vector<HalvesCase> halves_cases() {
     std::vector<HalvesCase> v;
@@ -289,7 +303,10 @@ std::vector<HalvesCase> halves_cases() {
             if (tqfcdft::real_lane_forms().count(p)) v.push_back({p, "rader", w});
         }
     for (bool w : {false, true})
-        for (const auto& [p, form] : tqfrdft::forward_rader_forms()) v.push_back({p, "real_rader", w});
+        for (const auto& [p, form] : tqfrdft::forward_rader_forms()) {
+            v.push_back({p, "real_rader", w});
+            if (top_level_slash(tqfrdft::inverse_real_duals().at(p))) v.push_back({p, "inverse_rader", w});
+        }
     return v;
 }
 
@@ -305,8 +322,7 @@ TEST_P(RealHalves, AgainstDirectSum) {
                               : form == "direct" ? tqfcdft::direct_halves(a, p, x)
                               : form == "rader"
                                   ? tqfcdft::rader_halves(a, p, x, tqfcdft::real_lane_form(p))
-                                  : tqfcdft::rader_halves(a, p, x,
-                                                          tqfcdft::parse_rader_form(tqfrdft::forward_rader_forms().at(p)));
+                                  : tqfcdft::rader_halves(a, p, x, tqfcdft::parse_rader_form(real_family_form(p, form)));
     const int m = (p - 1) / 2;
     ASSERT_EQ(static_cast<int>(h.A.size()), m + 1);
     ASSERT_EQ(static_cast<int>(h.B.size()), m + 1);
