@@ -1,5 +1,7 @@
 #include "rader_real.h"
 
+#include <functional>
+#include <map>
 #include <stdexcept>
 
 #include "compose.h"
@@ -75,6 +77,12 @@ long inverse_mod(long a, long n) {
     return n == 1 ? 0 : throw std::logic_error("no inverse");
 }
 
+// An odd-frequency sum of length n: S[t] = Re sum over odd q < n of B(q)
+// exp(pi i q t/n), t = 0..n-1, where B(2n - q) is the conjugate of B(q) (so
+// the sum over all odd q below 2n is 2 S). At odd n, B(n) is real and the
+// call gives half of it.
+using OddBins = std::function<Cx(int)>;
+
 // The sine branch of even m: S[t], t = 0..m-1, from the folded odd bins
 // Z[q] (q < m; the bins above are their conjugates). With N = 2^a h' (h'
 // odd) and exp(2 pi i/N) = exp(2 pi i al/2^a) exp(2 pi i be/h'), the odd
@@ -86,13 +94,12 @@ long inverse_mod(long a, long n) {
 // real and negated imaginary parts are the outputs s and s + 2^(a-2).
 // When a = 2 nothing is rotated: the outputs are the real and imaginary
 // parts of the length-h' results as they stand.
-std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int N, const std::vector<Cx>& Z) {
+std::vector<Handle> sine_by_quarters(tqfgen::SplitAlg& a, const Tree& tree, int N, const OddBins& bin) {
     const int m = N / 2;
     if (tree.size != m / 2) throw std::logic_error("Rader sine tree of the wrong length");
     const SineParts parts = sine_parts(tree);
     const int hodd = parts.odd ? parts.odd->size : 1, pow2 = N / hodd, quarter = pow2 / 4;
     const long al = inverse_mod(hodd % pow2, pow2), be = inverse_mod(pow2 % hodd, hodd);
-    const auto bin = [&](int q) { return q < m ? Z[q] : a.conj(Z[N - q]); };
     // A[r][u]: class q1 = 1 + 4r, output class u (t = u mod h').
     std::vector<std::vector<Cx>> A(quarter);
     for (int r = 0; r < quarter; ++r) {
@@ -146,6 +153,56 @@ Handle bin_in_double(tqfgen::SplitAlg& a, Handle v) {
     return v.neg ? -r : r;
 }
 
+// Odd n: q = n + 2k (mod 2n) gives exp(pi i q t/n) = (-1)^t exp(2 pi i kt/n),
+// so S is the transpose of a real-input transform of length n over
+// F[k] = B(n + 2k), every other output negated. It folds as the ways back
+// of odd m do (see rader_halves).
+std::vector<Handle> odd_frequency_odd(tqfgen::SplitAlg& a, const Tree& tree, int n, const OddBins& B) {
+    const bool fold = !(a.transposed_later && has_twiddles(tree));
+    std::vector<Cx> F((n + 1) / 2);
+    F[0] = Cx{B(n).re, Handle{}};
+    for (int k = 1; 2 * k < n; ++k) F[k] = B(n + 2 * k);
+    const std::vector<Handle> out = half_spectrum_sum(a, tree, F, fold, fold);
+    std::vector<Handle> S(n);
+    for (int t = 0; t < n; ++t) S[t] = t % 2 == 0 ? out[t] : a.neg_r(out[t]);
+    return S;
+}
+
+// Even n as "X T 2" ("by halves"): t = 2 tau + e. The bins q and q + n meet
+// in a 2-point step, Y_e(q) = B(q) + (-1)^e B(q + n); the branch e = 1 turns
+// by q/2n of a turn (twiddles of order 2n, one rotation for each conjugate
+// pair); each branch V_e is again conjugate-symmetric, V_e(n - q) = conj
+// V_e(q), and so the odd-frequency sum of length n/2 over the tree X. Its
+// outputs are as deep as those of a cosine of X T 2, at the cost of the
+// rotations; with a cosine of X G 2 the adds and products are those of the
+// CRT form (sine_by_quarters) and a cosine of X T 2.
+std::vector<Handle> odd_frequency(tqfgen::SplitAlg& a, const Tree& tree, int n, const OddBins& B) {
+    const bool by_halves = tree.op == 'T' && tree.right->size == 2 && !power_of_two(tree.size);
+    if (!by_halves) {
+        if (2 * tree.size == n) return sine_by_quarters(a, tree, 2 * n, B);
+        if (tree.size == n && n % 2 == 1) return odd_frequency_odd(a, tree, n, B);
+        throw std::logic_error("Rader sine tree of the wrong length");
+    }
+    const int half = n / 2;
+    std::vector<Handle> S(n);
+    for (int e = 0; e < 2; ++e) {
+        // V_e(q) for odd q in (n/2, n), formed; those below are conjugates.
+        std::map<int, Cx> V;
+        for (int q = half + 1; q < n; ++q) {
+            if (q % 2 == 0) continue;
+            const Cx Y = e == 0 ? a.add(B(q), B(q + n)) : a.sub(B(q), B(q + n));
+            V[q] = e == 0 ? Y : tqfgen::twiddle(a, Y, tqfgen::unit_root(q, 2 * n, +1));
+        }
+        // At odd n/2, half of V_e(n/2), which is real: Re B(n/2), or
+        // (i Im B(n/2)) times i.
+        if (half % 2 == 1) V[half] = Cx{e == 0 ? B(half).re : a.neg_r(B(half).im), Handle{}};
+        const OddBins Ve = [&](int q) { return q >= half ? V.at(q) : a.conj(V.at(n - q)); };
+        const std::vector<Handle> part = odd_frequency(a, *tree.left, half, Ve);
+        for (int tau = 0; tau < half; ++tau) S[2 * tau + e] = part[tau];
+    }
+    return S;
+}
+
 }  // namespace
 
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, const RaderForm& form) {
@@ -187,28 +244,20 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     std::vector<Cx> even;
     for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);
     // The folds of a way back (gen/transpose.h): a bin's single product at
-    // odd m, or wherever the form asks for it. In a program that an inverse transposes, a way back of odd m
-    // with twiddles takes none: the inverse's first stage is then that
-    // real-input transform with its products as they stand (the inverse 19
-    // has two more products than the forward one; so do its blocks in 38
-    // and 57).
+    // odd m, or wherever the form asks for it. In a program that an inverse
+    // transposes, a way back of odd m with twiddles takes none: the inverse's
+    // first stage is then that real-input transform with its products as they
+    // stand (the inverse 19 has two more products than the forward one; so do
+    // its blocks in 38 and 57). The sine of odd m folds alike
+    // (odd_frequency_odd).
     const auto way_back = [&](const Tree& t, const std::vector<Cx>& F) {
         const bool plain = a.transposed_later && m % 2 == 1 && has_twiddles(t);
         return half_spectrum_sum(a, t, F, (m % 2 == 1 || form.fold_bins) && !plain, !plain);
     };
     const std::vector<Handle> C = way_back(*form.cosine, even);
-    std::vector<Handle> S;
-    if (m % 2 == 1) {
-        // Odd q = m + 2r (mod N) is r in the transform of length m, and
-        // exp(2 pi i qt/N) = (-1)^t exp(2 pi i rt/m).
-        if (form.sine->size != m) throw std::logic_error("Rader sine tree of the wrong length");
-        std::vector<Cx> odd{Z[m]};
-        for (int r = 1; 2 * r < m; ++r) odd.push_back(a.conj(Z[m - 2 * r]));
-        S = way_back(*form.sine, odd);
-        for (int t = 1; t < m; t += 2) S[t] = a.neg_r(S[t]);
-    } else {
-        S = sine_by_quarters(a, *form.sine, N, Z);
-    }
+    // The odd bins, q = 1, 3, ..., 2m - 1, those above m as conjugates.
+    const OddBins bins = [&](int q) { return q <= m ? Z[q] : a.conj(Z[N - q]); };
+    std::vector<Handle> S = odd_frequency(a, *form.sine, m, bins);
 
     if (form.negated_sine)
         for (Handle& s : S) s = a.neg_r(s);

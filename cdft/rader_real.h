@@ -16,7 +16,13 @@
 //    tree) of the bins q = 1 mod 4. When m/2 is odd the two factors 4 and
 //    m/2 are coprime and the outputs are real and imaginary parts of its
 //    results as they stand; otherwise each pair of outputs t, t + m/2 is one
-//    rotation by t/N of a turn.
+//    rotation by t/N of a turn;
+//  - or, for even m, by halves: a sine tree "X T 2" (of length m, or m/2
+//    when X is a CRT tree of length m/4) takes the bins q and q + m through
+//    a 2-point step into the even and the odd outputs, turns the odd
+//    outputs' branch by q/N of a turn (twiddles of order N), and returns
+//    each branch by the sine of length m/2 over X: by halves again, the CRT
+//    form, or at odd m/2 the transpose of a real-input transform.
 #pragma once
 
 #include <memory>

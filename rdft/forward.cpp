@@ -28,6 +28,9 @@ namespace {
 // gives all six and keeps the other lengths; at 45 every map reading its
 // blocks at stride 1 or -1 holds an even number negated, whatever columns
 // it forms, hence the stride 2.
+// 26, 39 and 58 name the real family's own form of their 13- and 29-point
+// blocks (kRaderForms: the sine by halves), which holds them one level deeper
+// than the complex family's block, as these kernels are counted.
 // 38 and 57 name the form of their 19-point block: the complex family's
 // with its sine formed negated (the root does not matter there), so that
 // 12 and 16 imaginary parts are held negated; 57 reads it Ruritanian.
@@ -36,32 +39,34 @@ const std::map<int, std::string> kTrees = {
     {9, "3 T 3"},             {10, "5d G 2"},          {12, "4 G 3"},            {14, "2 G 7d"},
     {15, "3 G 5d"},           {16, "4 T 4"},           {18, "2 G (3 T 3)"},      {20, "5d G 4"},
     {21, "7d G 3"},            {22, "2 G 11d"},          {24, "3 G (2 T 4)"},      {25, "5d T 5d"},
-    {26, "13 G 2"},           {27, "(3 T 3) T 3"},     {28, "4 G 7d"},            {30, "(5d G 3) G 2"},
+    {26, "13[3 G 4 / 3 G 2 / 3 T 2] G 2"},           {27, "(3 T 3) T 3"},     {28, "4 G 7d"},            {30, "(5d G 3) G 2"},
     {32, "(2 T 4) T 4"},      {33, "11d G 3"},          {34, "2 G 17"},           {35, "7d G 5d"},
-    {36, "(3 T 3) G<rur> 4"},      {38, "19[(3 T 3) G 2 / 3 T 3 / -3 T 3] G 2"},          {39, "13 G 3"},           {40, "(2 T 4) G 5d"},
+    {36, "(3 T 3) G<rur> 4"},      {38, "19[(3 T 3) G 2 / 3 T 3 / -3 T 3] G 2"},          {39, "13[3 G 4 / 3 G 2 / 3 T 2] G 3"},           {40, "(2 T 4) G 5d"},
     {42, "(7d G<neg> 3) G<rur,lower> 2"},      {44, "11d G 4"},          {45, "5d G<res2,lower> (3 T 3)"},     {46, "2 G 23"},
     {48, "(4 T 4) G 3"},      {49, "7d T 7d"},           {50, "(5d T 5d) G 2"},    {51, "17 G 3"},
     {52, "13 G 4"},           {54, "2 G ((3 T 3) T 3)"}, {55, "11d G 5d"},        {56, "7d G<neg,lower> (2 T 4)"},
-    {57, "19[(3 T 3) G 2 / 3 T 3 / -3 T 3] G<rur> 3"},           {58, "2 G 29"},          {60, "(3 G<res> 5d) G<rur> 4"},     {62, "31 G<res> 2"},
+    {57, "19[(3 T 3) G 2 / 3 T 3 / -3 T 3] G<rur> 3"},           {58, "2 G 29[7d G 4 / 7d G 2 / 7d T 2]"},          {60, "(3 G<res> 5d) G<rur> 4"},     {62, "31 G<res> 2"},
     {63, "7d G (3 T 3)"},      {64, "(4 T 4) T 4"},
 };
 
 // Rader lengths: the inner transform of p - 1 (factors in order of action),
 // and the cosine and sine ways back (cdft/rader_real.h).
-// Where m = (p-1)/2 is twice an odd h (13, 29, 61), the cosine returns through
-// h T 2, with twiddles of order m where Good-Thomas would need none: the
-// chosen programs (29: 306 additions and 210 products), as in the complex
-// family's blocks (cdft/real_lane.cpp).
+// Where m = (p-1)/2 is twice an odd h (13, 29, 61), the cosine returns
+// through h G 2 and the sine by halves, "h T 2" (cdft/rader_real.h), with
+// twiddles of order 2m: the same additions and products as the CRT sine with
+// a cosine of h T 2 (the complex family's blocks), but the sine outputs end
+// as late as such a cosine's, which is the depth these kernels are counted
+// with (29: 306 additions, 210 products, depth 19).
 // 19 orders its elements by the powers of 10 = 1/2 (mod 19) rather than of
 // the smallest root 2: the graph then holds four imaginary parts negated,
 // as the kernel is counted, where 2 holds two (the values do not change).
 const std::map<int, std::string> kRaderForms = {
     {11, "5d G 2 / 5d / 5d"},
-    {13, "3 G 4 / 3 T 2 / 3"},
+    {13, "3 G 4 / 3 G 2 / 3 T 2"},
     {17, "(2 T 2) T 4 / 4 T 2 / -4"},
     {19, "g10: (3 T 3) G 2 / 3 T 3 / 3 T 3"},
     {23, "2 G 11d / 11r / 11r"},
-    {29, "7d G 4 / 7d T 2 / 7d"},
+    {29, "7d G 4 / 7d G 2 / 7d T 2"},
     {31, "(3 G 5d) G 2 / 5d G 3 / 5d G 3"},
     {37, "(2 T 2) G (3 T 3) / 2 G (3 T 3) / 3 T 3"},
     {41, "5d G (2 T 4) / (2 G 5d) T 2 / -2 G 5d"},
@@ -69,7 +74,7 @@ const std::map<int, std::string> kRaderForms = {
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
     {53, "(2 G 13[3 G 4 / 3 G 2 / 3]) T 2 / 2 G 13[3 G 4 / 3 G 2 / 3] / 13[3 G 4 / 3 G 2 / 3]"},
     {59, "29 G 2 / 29 / 29"},
-    {61, "(3 G 5d) G 4 / (5d G 3) T 2 / 3 G 5d"},
+    {61, "(3 G 5d) G 4 / (5d G 3) G 2 / (5d G 3) T 2"},
 };
 
 tqfcdft::RaderForm rader_form(int p) {

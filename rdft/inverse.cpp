@@ -28,6 +28,11 @@ namespace {
 // first: the stage order we keep for 48 (270 additions, 72 products, depth
 // 13); 4 T 4 would save 4 of each on the stage's complex column. On a real
 // column, as at 16 alone, the two forms cost the same.
+// 41 and 61 return their sine by halves (cdft/rader_real.h): 41 as 5d T 2,
+// twiddles of order 40 and then the CRT form of length 10, whose transpose
+// doubles the 40 interior harmonics it is counted with and is as deep; 61 as
+// (3 G 5d) T 2, the 15-point stage whose transpose holds one product more
+// than the forward form's 5d G 3, as the inverse 61 is counted.
 // 64 names its first stage block by block: block 2 (the inputs 4m + 2,
 // twiddles of order 32) runs (2 T 4) T 2, its 2-point stage last, the other
 // three 4 T 4: the program we keep for 64 (400 additions, 134 products,
@@ -45,12 +50,12 @@ const std::map<int, std::string> kDuals = {
     {26, "13 G 2"},             {27, "3 T (3 T 3)"},        {28, "7d G 4"},             {29, "rader"},
     {30, "(2 G 5d) G 3"},       {31, "3 G (2 G 5d) / 3 G 5d / 3 G 5d"},              {32, "4 T (2 T 4)"},        {33, "11r G 3"},
     {34, "2 G 17"},             {35, "7d G 5d"},            {36, "(3 T 3) G 4"},        {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"},
-    {38, "19 G 2"},             {39, "3 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {40, "(2 T 4) G 5d"},       {41, "rader"},
+    {38, "19 G 2"},             {39, "3 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {40, "(2 T 4) G 5d"},       {41, "5d G (2 T 4) / 5d G 4 / 5d T 2"},
     {42, "(7d G 3) G 2"},       {43, "rader"},              {44, "11r G 4"},            {45, "(3 T 3) G 5d"},
     {46, "2 G 23"},             {47, "rader"},              {48, "3 G (2 T (2 T 4))"},  {49, "7d T 7d"},
     {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {53, "(2 T 2) G 13 / 13 T 2 / 13"},
     {54, "2 G (3 T (3 T 3))"},  {55, "11r G 5d"},           {56, "7d G (2 T 4)"},       {57, "19 G 3"},
-    {58, "2 G 29"},             {59, "rader"},              {60, "(5d G 3) G 4"},       {61, "rader"},
+    {58, "2 G 29"},             {59, "rader"},              {60, "(5d G 3) G 4"},       {61, "(3 G 5d) G 4 / (5d G 3) G 2 / (3 G 5d) T 2"},
     {62, "2 G 31"},             {63, "7d G (3 T 3)"},       {64, "{4 T 4 | 4 T 4 | (2 T 4) T 2 | 4 T 4} T 4"},
 };
 

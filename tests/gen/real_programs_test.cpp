@@ -24,6 +24,7 @@
 #include "catalog.h"
 #include "dft_oracle.h"
 #include "forward.h"
+#include "inverse.h"
 #include "graph_eval.h"
 #include "inverse.h"
 #include "primes.h"
@@ -293,12 +294,27 @@ INSTANTIATE_TEST_SUITE_P(Trees, RealTree, ::testing::ValuesIn(tree_cases()), cas
 // half A[k] and sine half B[k], X[k] = A[k] - i B[k] in the forward sense.
 struct HalvesCase {
     int p;
-    std::string form;  // "block" (the block's own choice), "direct" or "rader"
+    // "block" (the block's own choice), "direct", "rader" (the complex
+    // family's Rader form), "real_rader" (the real forward form) or
+    // "inverse_rader" (the form an inverse transposes, where it has its own).
+    std::string form;
     bool widen;
 };
 void PrintTo(const HalvesCase& c, std::ostream* os) { *os << c.p << " " << c.form << " " << mode_name(c.widen); }
 std::string halves_name(const ::testing::TestParamInfo<HalvesCase>& i) {
     return std::to_string(i.param.p) + "_" + i.param.form + "_" + mode_name(i.param.widen);
+}
+// A Rader form names its three trees separated by '/' outside brackets.
+bool top_level_slash(const std::string& shape) {
+    int open = 0;
+    for (const char c : shape) {
+        open += c == '[' ? 1 : c == ']' ? -1 : 0;
+        if (c == '/' && open == 0) return true;
+    }
+    return false;
+}
+const std::string& real_family_form(int p, const std::string& which) {
+    return which == "real_rader" ? tqfrdft::forward_rader_forms().at(p) : tqfrdft::inverse_real_duals().at(p);
 }
 std::vector<HalvesCase> halves_cases() {
     std::vector<HalvesCase> v;
@@ -307,6 +323,11 @@ std::vector<HalvesCase> halves_cases() {
             v.push_back({p, "block", w});
             v.push_back({p, "direct", w});
             if (tqfcdft::real_lane_forms().count(p)) v.push_back({p, "rader", w});
+        }
+    for (bool w : {false, true})
+        for (const auto& [p, form] : tqfrdft::forward_rader_forms()) {
+            v.push_back({p, "real_rader", w});
+            if (top_level_slash(tqfrdft::inverse_real_duals().at(p))) v.push_back({p, "inverse_rader", w});
         }
     return v;
 }
@@ -321,7 +342,9 @@ TEST_P(RealHalves, AgainstDirectSum) {
     for (int n = 0; n < p; ++n) x.push_back(g.load_scalar(a.data_type(), 2 * n));
     const tqfcdft::Halves h = form == "block"    ? tqfcdft::prime_halves(a, p, x)
                               : form == "direct" ? tqfcdft::direct_halves(a, p, x)
-                                                 : tqfcdft::rader_halves(a, p, x, tqfcdft::real_lane_form(p));
+                              : form == "rader"
+                                  ? tqfcdft::rader_halves(a, p, x, tqfcdft::real_lane_form(p))
+                                  : tqfcdft::rader_halves(a, p, x, tqfcdft::parse_rader_form(real_family_form(p, form)));
     const int m = (p - 1) / 2;
     ASSERT_EQ(static_cast<int>(h.A.size()), m + 1);
     ASSERT_EQ(static_cast<int>(h.B.size()), m + 1);
