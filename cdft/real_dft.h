@@ -55,15 +55,18 @@ inline RealFamilyNode stated_node(const std::string& text) {
     return n;
 }
 
-// The Good-Thomas nodes of the real families: a node that states its map
-// in the tree takes that; otherwise Ruritanian for an even first factor,
+// A Good-Thomas node that states its map in the tree takes that, in either
+// family (a Rader inner transform may state one: its map decides which bin
+// of a block feeds which bin of the kernel, and so which paths meet). The
+// other nodes of the real families: Ruritanian for an even first factor,
 // and for an odd one element i of a first-stage block is the input whose
 // index is i mod A, negated unless the factor holds a seven- or
-// eleven-point block.
+// eleven-point block; those of the complex family's chains are Ruritanian.
 inline RealFamilyNode real_family_node(const Tree& t, Mirrors mirrors) {
     RealFamilyNode n;
-    if (mirrors != Mirrors::RealFamilies || t.op != 'G') return n;
+    if (t.op != 'G') return n;
     if (!t.map.empty()) return stated_node(t.map);
+    if (mirrors != Mirrors::RealFamilies) return n;
     const int A = t.left->size;
     if (A % 2 == 1) n.map = A % 7 == 0 || A % 11 == 0 ? GoodThomasMap::Residue : GoodThomasMap::NegatedResidue;
     return n;
