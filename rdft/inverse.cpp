@@ -33,6 +33,13 @@ namespace {
 // doubles the 40 interior harmonics it is counted with and is as deep; 61 as
 // (3 G 5d) T 2, the 15-point stage whose transpose holds one product more
 // than the forward form's 5d G 3, as the inverse 61 is counted.
+// 47's first stage, on the spectrum, is the cosine and sine 23-point
+// programs side by side, each with its 11-point blocks in the Rader form in
+// its inner transform (2 G 11r), direct on its ways back: the program we keep
+// for 47 (1260 additions, 1058 products, depth 42). The forward form, whose
+// 23-point ways back hold the Rader 11s on their own ways back, transposes
+// to the same counts at depth 43; the order of the 2 and 11 factors and of
+// the inner 23 G 2 does not change them.
 // 64 names its first stage block by block: block 2 (the inputs 4m + 2,
 // twiddles of order 32) runs (2 T 4) T 2, its 2-point stage last, the other
 // three 4 T 4: the program we keep for 64 (400 additions, 134 products,
@@ -52,7 +59,7 @@ const std::map<int, std::string> kDuals = {
     {34, "2 G 17"},             {35, "7d G 5d"},            {36, "(3 T 3) G 4"},        {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"},
     {38, "19 G 2"},             {39, "3 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {40, "(2 T 4) G 5d"},       {41, "5d G (2 T 4) / 5d G 4 / 5d T 2"},
     {42, "(7d G 3) G 2"},       {43, "rader"},              {44, "11r G 4"},            {45, "(3 T 3) G 5d"},
-    {46, "2 G 23"},             {47, "rader"},              {48, "3 G (2 T (2 T 4))"},  {49, "7d T 7d"},
+    {46, "2 G 23"},             {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11r / 11d / 11d] / 23[2 G 11r / 11d / 11d]"},              {48, "3 G (2 T (2 T 4))"},  {49, "7d T 7d"},
     {50, "2 G (5d T 5d)"},      {51, "17 G 3"},             {52, "4 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},             {53, "(2 T 2) G 13 / 13 T 2 / 13"},
     {54, "2 G (3 T (3 T 3))"},  {55, "11r G 5d"},           {56, "7d G (2 T 4)"},       {57, "19 G 3"},
     {58, "2 G 29"},             {59, "rader"},              {60, "(5d G 3) G 4"},       {61, "(3 G 5d) G 4 / (5d G 3) G 2 / (3 G 5d) T 2"},
