@@ -31,6 +31,10 @@ namespace {
 // 26, 39 and 58 name the real family's own form of their 13- and 29-point
 // blocks (kRaderForms: the sine by halves), which holds them one level deeper
 // than the complex family's block, as these kernels are counted.
+// Their 13-point blocks order the elements by the powers of 7 = 1/2 (mod 13),
+// as 19 does by 1/2 (mod 19), which picks the imaginary parts held negated:
+// 26: 7, read Ruritanian with the lower columns formed (root 2 and the rule: 8);
+// 39: 11, with the family's own map (root 2: 10).
 // 38 and 57 name the form of their 19-point block: the complex family's
 // with its sine formed negated (the root does not matter there), so that
 // 12 and 16 imaginary parts are held negated; 57 reads it Ruritanian.
@@ -39,9 +43,9 @@ const std::map<int, std::string> kTrees = {
     {9, "3 T 3"},             {10, "5d G 2"},          {12, "4 G 3"},            {14, "2 G 7d"},
     {15, "3 G 5d"},           {16, "4 T 4"},           {18, "2 G (3 T 3)"},      {20, "5d G 4"},
     {21, "7d G 3"},            {22, "2 G 11d"},          {24, "3 G (2 T 4)"},      {25, "5d T 5d"},
-    {26, "13[3 G 4 / 3 G 2 / 3 T 2] G 2"},           {27, "(3 T 3) T 3"},     {28, "4 G 7d"},            {30, "(5d G 3) G 2"},
+    {26, "13[g7: 3 G 4 / 3 G 2 / 3 T 2] G<rur,lower> 2"},           {27, "(3 T 3) T 3"},     {28, "4 G 7d"},            {30, "(5d G 3) G 2"},
     {32, "(2 T 4) T 4"},      {33, "11d G 3"},          {34, "2 G 17"},           {35, "7d G 5d"},
-    {36, "(3 T 3) G<rur> 4"},      {38, "19[(3 T 3) G 2 / 3 T 3 / -3 T 3] G 2"},          {39, "13[3 G 4 / 3 G 2 / 3 T 2] G 3"},           {40, "(2 T 4) G 5d"},
+    {36, "(3 T 3) G<rur> 4"},      {38, "19[(3 T 3) G 2 / 3 T 3 / -3 T 3] G 2"},          {39, "13[g7: 3 G 4 / 3 G 2 / 3 T 2] G 3"},           {40, "(2 T 4) G 5d"},
     {42, "(7d G<neg> 3) G<rur,lower> 2"},      {44, "11d G 4"},          {45, "5d G<res2,lower> (3 T 3)"},     {46, "2 G 23"},
     {48, "(4 T 4) G 3"},      {49, "7d T 7d"},           {50, "(5d T 5d) G 2"},    {51, "17 G 3"},
     {52, "13 G 4"},           {54, "2 G ((3 T 3) T 3)"}, {55, "11d G 5d"},        {56, "7d G<neg,lower> (2 T 4)"},
