@@ -24,7 +24,6 @@
 #include "catalog.h"
 #include "dft_oracle.h"
 #include "forward.h"
-#include "inverse.h"
 #include "graph_eval.h"
 #include "inverse.h"
 #include "primes.h"
