@@ -95,17 +95,6 @@ tqfcdft::RaderForm rader_form(int p) {
     return tqfcdft::parse_rader_form(it->second);
 }
 
-// A Rader form names its three trees separated by '/' at the top level; a
-// factor tree may hold a Rader block with its own form in brackets.
-bool is_rader_form(const std::string& shape) {
-    int open = 0;
-    for (const char c : shape) {
-        open += c == '[' ? 1 : c == ']' ? -1 : 0;
-        if (c == '/' && open == 0) return true;
-    }
-    return false;
-}
-
 bool is_odd_prime(int n) {
     if (n < 3 || n % 2 == 0) return false;
     for (int d = 3; d * d <= n; d += 2)
@@ -124,6 +113,15 @@ std::vector<Cx> from_halves(const tqfcdft::Halves& h, int p) {
 }  // namespace
 
 const std::map<int, std::string>& forward_real_trees() { return kTrees; }
+
+bool is_rader_form(const std::string& shape) {
+    int open = 0;  // inside a nested block's own form
+    for (const char c : shape) {
+        open += c == '[' ? 1 : c == ']' ? -1 : 0;
+        if (c == '/' && open == 0) return true;
+    }
+    return false;
+}
 
 const std::map<int, std::string>& forward_rader_forms() { return kRaderForms; }
 

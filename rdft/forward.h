@@ -23,6 +23,10 @@ std::vector<tqfgen::Cx> forward_real(tqfgen::SplitAlg& a, int n, const std::vect
 std::vector<tqfgen::Cx> forward_real_shape(tqfgen::SplitAlg& a, const std::string& shape,
                                            const std::vector<tqfgen::Handle>& x);
 
+// Whether a shape is a Rader form: three trees separated by '/' outside the
+// brackets of a nested block's own form.
+bool is_rader_form(const std::string& shape);
+
 // The Rader form ("inner / cosine / sine") of each prime from 11 that the
 // forward family runs by Rader's algorithm.
 const std::map<int, std::string>& forward_rader_forms();

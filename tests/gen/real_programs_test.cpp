@@ -303,15 +303,6 @@ void PrintTo(const HalvesCase& c, std::ostream* os) { *os << c.p << " " << c.for
 std::string halves_name(const ::testing::TestParamInfo<HalvesCase>& i) {
     return std::to_string(i.param.p) + "_" + i.param.form + "_" + mode_name(i.param.widen);
 }
-// A Rader form names its three trees separated by '/' outside brackets.
-bool top_level_slash(const std::string& shape) {
-    int open = 0;
-    for (const char c : shape) {
-        open += c == '[' ? 1 : c == ']' ? -1 : 0;
-        if (c == '/' && open == 0) return true;
-    }
-    return false;
-}
 const std::string& real_family_form(int p, const std::string& which) {
     return which == "real_rader" ? tqfrdft::forward_rader_forms().at(p) : tqfrdft::inverse_real_duals().at(p);
 }
@@ -326,7 +317,7 @@ std::vector<HalvesCase> halves_cases() {
     for (bool w : {false, true})
         for (const auto& [p, form] : tqfrdft::forward_rader_forms()) {
             v.push_back({p, "real_rader", w});
-            if (top_level_slash(tqfrdft::inverse_real_duals().at(p))) v.push_back({p, "inverse_rader", w});
+            if (tqfrdft::is_rader_form(tqfrdft::inverse_real_duals().at(p))) v.push_back({p, "inverse_rader", w});
         }
     return v;
 }
