@@ -23,10 +23,9 @@ using tqfgen::Ty;
 // A row that a widening kernel finished in double (its value narrowed for
 // further single work) is scaled in double and rounded once by the store; a
 // value the algebra keeps as its own (an eighth-turn product) stays rounded.
-Handle unsettled(const tqfgen::SplitAlg& a, const tqfgen::Graph& g, Handle h) {
-    const tqfgen::Node& n = g.node(h.id);
-    if (n.op != tqfgen::Op::Narrow || a.kept(h)) return h;
-    return Handle{n.a, h.neg};
+Handle unsettled(const tqfgen::SplitAlg& a, Handle h) {
+    const Handle row = a.unrounded(h);
+    return row.valid() ? row : h;
 }
 
 const char* layout_id(Format f) { return f == Format::CCS ? "ccs" : f == Format::Pack ? "pack" : "perm"; }
@@ -69,9 +68,9 @@ void build_forward(tqfgen::Kernel& k, Format f, const std::string& precision, in
     const std::vector<tqfgen::Cx> X = forward_real(a, n, load_sequence(k, n));
     for (int s : zero_slots(f, n)) k.store_zero(s);
     for (int q = 0; q <= n / 2; ++q) {
-        k.store_keep_sign(real_slot(f, n, q), unsettled(a, k.g, X[q].re));
+        k.store_keep_sign(real_slot(f, n, q), unsettled(a, X[q].re));
         const int im = imag_slot(f, n, q);
-        if (im >= 0) k.store_keep_sign(im, unsettled(a, k.g, X[q].im));
+        if (im >= 0) k.store_keep_sign(im, unsettled(a, X[q].im));
         else if (X[q].im.valid()) throw std::logic_error(k.name + ": DC or Nyquist with an imaginary part");
     }
     finish_kernel(k);

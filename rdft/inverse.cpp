@@ -66,12 +66,9 @@ const std::map<int, std::string> kDuals = {
     {63, "7d G (3 T 3)"}, {64, "{4 T 4 | 4 T 4 | (2 T 4) T 2 | 4 T 4} T 4"},
 };
 
-bool is_rader_prime(int p) {
-    if (p < 13 || p % 2 == 0) return false;
-    for (int d = 3; d * d <= p; d += 2)
-        if (p % d == 0) return false;
-    return true;
-}
+// A leaf that the family runs by Rader's algorithm, the primes from 13 (the
+// 11-point block names its form, 11d or 11r).
+bool is_rader_leaf(int p) { return p >= 13 && forward_rader_forms().count(p) != 0; }
 
 // The inverse's own Rader form of prime p, "inner / cosine / sine".
 std::string own_rader_form(int p) {
@@ -85,12 +82,11 @@ std::string own_rader_form(int p) {
 // run the inverse's own 11 ("11r"). Leaves with a suffix or a form of their
 // own, and Rader forms, are left as they are.
 std::string own_rader_blocks(const std::string& shape) {
-    if (shape == "direct" || shape == "rader") return shape;
+    if (shape == "direct" || shape == "rader" || is_rader_form(shape)) return shape;
     std::string out;
     int open = 0;  // inside a leaf's own form
     for (size_t i = 0; i < shape.size();) {
         const char c = shape[i];
-        if (open == 0 && c == '/') return shape;  // a Rader form
         if (open > 0 || !std::isdigit(static_cast<unsigned char>(c))) {
             open += c == '[' ? 1 : c == ']' ? -1 : 0;
             out += shape[i++];
@@ -101,7 +97,7 @@ std::string own_rader_blocks(const std::string& shape) {
         const std::string leaf = shape.substr(i, j - i);
         out += leaf;
         const bool bare = j == shape.size() || shape[j] == ' ' || shape[j] == ')';
-        if (bare && is_rader_prime(std::stoi(leaf))) {
+        if (bare && is_rader_leaf(std::stoi(leaf))) {
             out += '[';
             out += own_rader_form(std::stoi(leaf));
             out += ']';
