@@ -175,7 +175,8 @@ std::vector<Handle> odd_frequency_odd(tqfgen::SplitAlg& a, const Tree& tree, int
 // V_e(q), and so the odd-frequency sum of length n/2 over the tree X. Its
 // outputs are as deep as those of a cosine of X T 2, at the cost of the
 // rotations; with a cosine of X G 2 the adds and products are those of the
-// CRT form (sine_by_quarters) and a cosine of X T 2.
+// CRT form (sine_by_quarters) and a cosine of X T 2. "{X0 | X1} T 2" names
+// each branch's own sine tree, e.g. one by halves again and one CRT form.
 std::vector<Handle> odd_frequency(tqfgen::SplitAlg& a, const Tree& tree, int n, const OddBins& B) {
     const bool by_halves = tree.op == 'T' && tree.right->size == 2 && !power_of_two(tree.size);
     if (!by_halves) {
@@ -197,7 +198,8 @@ std::vector<Handle> odd_frequency(tqfgen::SplitAlg& a, const Tree& tree, int n, 
         // (i Im B(n/2)) times i.
         if (half % 2 == 1) V[half] = Cx{e == 0 ? B(half).re : a.neg_r(B(half).im), Handle{}};
         const OddBins Ve = [&](int q) { return q >= half ? V.at(q) : a.conj(V.at(n - q)); };
-        const std::vector<Handle> part = odd_frequency(a, *tree.left, half, Ve);
+        const Tree& branch = tree.blocks.empty() ? *tree.left : *tree.blocks.at(e);
+        const std::vector<Handle> part = odd_frequency(a, branch, half, Ve);
         for (int tau = 0; tau < half; ++tau) S[2 * tau + e] = part[tau];
     }
     return S;

@@ -22,7 +22,8 @@
 //    a 2-point step into the even and the odd outputs, turns the odd
 //    outputs' branch by q/N of a turn (twiddles of order N), and returns
 //    each branch by the sine of length m/2 over X: by halves again, the CRT
-//    form, or at odd m/2 the transpose of a real-input transform.
+//    form, or at odd m/2 the transpose of a real-input transform; or
+//    "{X0 | X1} T 2", a sine tree for each branch.
 #pragma once
 
 #include <memory>

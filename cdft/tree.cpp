@@ -40,7 +40,9 @@ struct Parser {
         leaf->size = std::stoi(leaf->block);
         return leaf;
     }
-    // "{a | b | ...}": a first stage that names a tree per block.
+    // "{a | b | ...}": a first stage that names a tree per block. Their
+    // lengths are checked where the blocks run (first_stage_block); the
+    // sine by halves reads them as its branches' own sine trees.
     std::vector<std::shared_ptr<const Tree>> block_list() {
         std::vector<std::shared_ptr<const Tree>> blocks;
         skip();
@@ -50,7 +52,6 @@ struct Parser {
             blocks.push_back(expr());
             skip();
             if (i >= s.size()) throw std::runtime_error("unbalanced block list in tree: " + s);
-            if (blocks.back()->size != blocks.front()->size) throw std::runtime_error("blocks of unequal length in tree: " + s);
         } while (s[i] == '|');
         if (s[i] != '}') throw std::runtime_error("unbalanced block list in tree: " + s);
         ++i;
@@ -86,6 +87,13 @@ struct Parser {
 };
 
 }  // namespace
+
+const Tree& first_stage_block(const Tree& t, int b) {
+    if (t.blocks.empty()) return *t.left;
+    const Tree& block = *t.blocks.at(b);
+    if (block.size != t.left->size) throw std::runtime_error("first stage blocks of unequal length");
+    return block;
+}
 
 std::shared_ptr<const Tree> parse_tree(const std::string& text) {
     Parser p{text};

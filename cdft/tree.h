@@ -24,7 +24,7 @@ struct Tree {
 
 std::shared_ptr<const Tree> parse_tree(const std::string& text);
 
-// The tree that first-stage block b of node t runs.
-inline const Tree& first_stage_block(const Tree& t, int b) { return t.blocks.empty() ? *t.left : *t.blocks.at(b); }
+// The tree that first-stage block b of node t runs, of the stage's length.
+const Tree& first_stage_block(const Tree& t, int b);
 
 }  // namespace tqfcdft

@@ -69,6 +69,13 @@ const std::map<int, std::string> kTrees = {
 // pairs bins j and 2j, whose positions among the powers of the root differ
 // in parity (2 is no square mod 29), and the program is two levels shorter.
 // The additions and products are the same.
+// 41 returns its sine by halves, the half of the even outputs by halves
+// again (twiddles of order 20, then 5-point blocks) and that of the odd
+// outputs, turned by the twiddles of order 40, by the CRT form of length
+// 10: two rotations more than both halves in the CRT form and as deep
+// (444 additions, 242 products, depth 21, as the kernels are counted; both
+// halves by halves again are two levels deeper). The root 35 holds nine
+// imaginary parts negated (the smallest, 6, holds seven).
 // 19 orders its elements by the powers of 10 = 1/2 (mod 19) rather than of
 // the smallest root 2: the graph then holds four imaginary parts negated,
 // as the kernel is counted, where 2 holds two (the values do not change).
@@ -81,7 +88,7 @@ const std::map<int, std::string> kRaderForms = {
     {29, "7d G 4 / 7d G 2 / 7d T 2"},
     {31, "(3 G 5d) G 2 / 5d G 3 / 5d G 3"},
     {37, "(2 T 2) G (3 T 3) / 2 G (3 T 3) / 3 T 3"},
-    {41, "5d G (2 T 4) / (2 G 5d) T 2 / -2 G 5d"},
+    {41, "g35: 5d G (2 T 4) / 5d G 4 / {5d T 2 | 5d} T 2"},
     {43, "(3 G 7d) G 2 / 7d G 3 / 7d G 3"},
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
     {53, "(2 G 13[3 G 4 / 3 G 2 / 3]) T 2 / 2 G 13[3 G 4 / 3 G 2 / 3] / 13[3 G 4 / 3 G 2 / 3]"},

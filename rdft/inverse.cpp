@@ -28,11 +28,10 @@ namespace {
 // first: the stage order we keep for 48 (270 additions, 72 products, depth
 // 13); 4 T 4 would save 4 of each on the stage's complex column. On a real
 // column, as at 16 alone, the two forms cost the same.
-// 41 and 61 return their sine by halves (cdft/rader_real.h): 41 as 5d T 2,
-// twiddles of order 40 and then the CRT form of length 10, whose transpose
-// doubles the 40 interior harmonics it is counted with and is as deep; 61 as
-// (3 G 5d) T 2, the 15-point stage whose transpose holds one product more
-// than the forward form's 5d G 3, as the inverse 61 is counted.
+// 61 returns its sine by halves (cdft/rader_real.h) as (3 G 5d) T 2, the
+// 15-point stage whose transpose holds one product more than the forward
+// form's 5d G 3, as the inverse 61 is counted. 41 takes the forward form,
+// whose sine by halves transposes to the 40 doublings it is counted with.
 // 47's first stage, on the spectrum, is the cosine and sine 23-point
 // programs side by side, each with its 11-point blocks in the Rader form in
 // its inner transform (2 G 11r), direct on its ways back: the program we keep
@@ -56,7 +55,7 @@ const std::map<int, std::string> kDuals = {
     {31, "3 G (2 G 5d) / 3 G 5d / 3 G 5d"}, {32, "4 T (2 T 4)"}, {33, "11r G 3"}, {34, "2 G 17"},
     {35, "7d G 5d"}, {36, "(3 T 3) G 4"}, {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"}, {38, "19 G 2"},
     {39, "3 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"}, {40, "(2 T 4) G 5d"},
-    {41, "5d G (2 T 4) / 5d G 4 / 5d T 2"}, {42, "(7d G 3) G 2"}, {43, "rader"}, {44, "11r G 4"},
+    {41, "rader"}, {42, "(7d G 3) G 2"}, {43, "rader"}, {44, "11r G 4"},
     {45, "(3 T 3) G 5d"}, {46, "2 G 23"},
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11r / 11d / 11d] / 23[2 G 11r / 11d / 11d]"},
     {48, "3 G (2 T (2 T 4))"}, {49, "7d T 7d"}, {50, "2 G (5d T 5d)"}, {51, "17 G 3"},
