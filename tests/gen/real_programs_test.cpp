@@ -232,8 +232,8 @@ std::vector<TreeCase> real_family_cases() {
     return v;
 }
 
-// A first stage named block by block: one tree per block, all of one
-// length, only as a node's first stage.
+// A first stage named block by block: one tree per block, only as a node's
+// first stage; a block runs only if it has the stage's length.
 TEST(TreeParser, BlockLists) {
     const auto t = tqfcdft::parse_tree("{4 T 4 | 4 T 4 | (2 T 4) T 2 | 4 T 4} T 4");
     ASSERT_EQ(t->blocks.size(), 4u);
@@ -244,9 +244,11 @@ TEST(TreeParser, BlockLists) {
     const auto plain = tqfcdft::parse_tree("(4 T 4) T 4");
     EXPECT_TRUE(plain->blocks.empty());
     EXPECT_EQ(&tqfcdft::first_stage_block(*plain, 3), plain->left.get());
-    for (const char* bad : {"{4 T 4 | 4 T 4} T 4", "{4 T 4 | 4 T 4 | 8 | 4 T 4} T 4", "{4 | 4}", "4 T {2 | 2}",
-                            "{4 | 4 T 4"})
+    for (const char* bad : {"{4 T 4 | 4 T 4} T 4", "{4 | 4}", "4 T {2 | 2}", "{4 | 4 T 4"})
         EXPECT_THROW(tqfcdft::parse_tree(bad), std::runtime_error) << bad;
+    const auto uneven = tqfcdft::parse_tree("{4 T 4 | 4 T 4 | 2 T 4 | 4 T 4} T 4");
+    EXPECT_EQ(&tqfcdft::first_stage_block(*uneven, 1), uneven->blocks[1].get());
+    EXPECT_THROW(tqfcdft::first_stage_block(*uneven, 2), std::runtime_error);
 }
 class RealFamilyTree : public ::testing::TestWithParam<TreeCase> {};
 TEST_P(RealFamilyTree, RealInput) { check_real_input(GetParam(), tqfcdft::Mirrors::RealFamilies, "real_family"); }
