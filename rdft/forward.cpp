@@ -76,12 +76,19 @@ const std::map<int, std::string> kTrees = {
 // (444 additions, 242 products, depth 21, as the kernels are counted; both
 // halves by halves again are two levels deeper). The root 35 holds nine
 // imaginary parts negated (the smallest, 6, holds seven).
+// 13 reads its inner 3 G 4 by the negated residue map (the real families'
+// own for an odd first factor) and orders its elements by the powers of
+// 11 = 1/6 (mod 13): the graph then holds two imaginary parts negated,
+// Im X[2] and X[4], as the kernel is counted, where the Ruritanian map holds
+// four with the roots 2 and 6 and three, one level shallower, with 7 and 11
+// (the values do not change). 26, 39 and 53 name their own 13-point forms
+// and 52 runs the complex family's block: they keep theirs.
 // 19 orders its elements by the powers of 10 = 1/2 (mod 19) rather than of
 // the smallest root 2: the graph then holds four imaginary parts negated,
 // as the kernel is counted, where 2 holds two (the values do not change).
 const std::map<int, std::string> kRaderForms = {
     {11, "5d G 2 / 5d / 5d"},
-    {13, "3 G 4 / 3 G 2 / 3 T 2"},
+    {13, "g11: 3 G<neg> 4 / 3 G 2 / 3 T 2"},
     {17, "(2 T 2) T 4 / 4 T 2 / -4"},
     {19, "g10: (3 T 3) G 2 / 3 T 3 / 3 T 3"},
     {23, "2 G 11d / 11r / 11r"},
