@@ -1,5 +1,6 @@
 #include "transpose.h"
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <stdexcept>
@@ -47,6 +48,55 @@ Handle rotation_times(SplitAlg& a, const Handle& v, long double k) {
     return v.neg ? -r : r;
 }
 
+// A component of a rotation: two products by the cosine and the sine of one
+// angle, summed.
+bool rotation_node(const Graph& g, const Node& n) {
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    const Node& a = g.node(n.a);
+    const Node& b = g.node(n.b);
+    if (a.op != Op::Mul || b.op != Op::Mul) return false;
+    const long double c = g.exact_value(a.b), s = g.exact_value(b.b);
+    return std::fabs(c * c + s * s - 1) < 1e-15L;
+}
+
+// Whether the sum tree of a node (its additions and subtractions, a few
+// levels down) holds a rotation's component.
+bool holds_rotation(const Graph& g, int id, int levels = 6) {
+    const Node& n = g.node(id);
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    if (rotation_node(g, n)) return true;
+    return levels > 0 && (holds_rotation(g, n.a, levels - 1) || holds_rotation(g, n.b, levels - 1));
+}
+
+// The constants of a sum of products, through its sums; false if a term is
+// not a product by a constant.
+bool row_constants(const Graph& g, int id, std::vector<long double>& c) {
+    const Node& n = g.node(id);
+    if (n.op == Op::Mul) {
+        if (g.node(n.b).op != Op::Const) return false;
+        c.push_back(std::fabs(g.exact_value(n.b)));
+        return true;
+    }
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    return row_constants(g, n.a, c) && row_constants(g, n.b, c);
+}
+
+// A sine row of a direct p-point block: (p - 1) / 2 products by sines of
+// multiples of 2 pi / p, summed.
+bool direct_sine_row(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    std::vector<long double> c;
+    if ((n.op != Op::Add && n.op != Op::Sub) || !row_constants(g, id, c)) return false;
+    const int p = 2 * static_cast<int>(c.size()) + 1;
+    const long double pi = 3.14159265358979323846264338327950288L;
+    for (long double v : c) {
+        bool sine = false;
+        for (int k = 1; k < p && !sine; ++k) sine = std::fabs(v - std::fabs(std::sin(2 * pi * k / p))) < 1e-15L;
+        if (!sine) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
@@ -75,6 +125,32 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
             add_part(y[j].id, w.value);
         }
     }
+    // The sine rows of the untwiddled block of a Cooley-Tukey stage: a
+    // direct block's sine row that some sum adds to rotation outputs (the
+    // next stage's block takes it as its untwiddled input, the others as
+    // twiddled ones). In an inverse program (doubled harmonics) with
+    // widening, the adjoint of such a row, when it sums three or more kept
+    // values, is summed in double and rounded once: the inverse 25, 49 and
+    // 50 are counted so (the imaginary part of bin 0 of each complex block
+    // on the spectrum side). Hartley's form B, this graph on undoubled
+    // harmonics, and the Good-Thomas stages (35) sum it in single.
+    const bool doubled_harmonics =
+        std::any_of(weights.begin(), weights.end(), [](const Weight& w) { return w.doubled; });
+    std::map<int, std::vector<int>> sum_users;
+    if (doubled_harmonics && target.widening())
+        for (int i = 0; i < source.size(); ++i)
+            if (source.node(i).op == Op::Add || source.node(i).op == Op::Sub) {
+                sum_users[source.node(i).a].push_back(i);
+                sum_users[source.node(i).b].push_back(i);
+            }
+    const auto untwiddled_sine_row = [&](int id) {
+        if (!direct_sine_row(source, id)) return false;
+        for (int u : sum_users[id]) {
+            const Node& m = source.node(u);
+            if (holds_rotation(source, m.a == id ? m.b : m.a)) return true;
+        }
+        return false;
+    };
     std::vector<Handle> x(inputs);
     // Operands have lower ids than their users: descending ids visit every
     // node after all of its users.
@@ -116,8 +192,11 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
             }
         }
         for (const Weight& w : twice) terms.push_back(target.doubled(w.value));
+        const auto kept_single = [&](const Handle& t) { return t.valid() && target.graph().node(t.id).ty == Ty::F32; };
+        const bool in_double = doubled_harmonics && target.widening() && terms.size() > 2 &&
+                               std::all_of(terms.begin(), terms.end(), kept_single) && untwiddled_sine_row(id);
         Handle z;
-        for (const Handle& t : terms) z = target.add_r(z, t);
+        for (const Handle& t : terms) z = target.add_r(z, in_double && !z.valid() ? target.graph().widen(t) : t);
         z = target.settle_r(z);
         if (!z.valid()) continue;
         switch (n.op) {
