@@ -1,5 +1,6 @@
 #include "rader_real.h"
 
+#include <cctype>
 #include <functional>
 #include <map>
 #include <stdexcept>
@@ -18,14 +19,18 @@ using tqfgen::Root;
 
 RaderForm parse_rader_form(const std::string& text) {
     std::vector<std::string> parts(1);
-    // An optional "g<root>:" ahead of the trees names the primitive root.
+    // Optional "g<root>:" (the primitive root) and "tan:" ahead of the trees.
     int root = 0;
+    bool tangent_150 = false;
     size_t from = text.find_first_not_of(' ');
-    if (from != std::string::npos && text[from] == 'g') {
+    while (from != std::string::npos && std::isalpha(static_cast<unsigned char>(text[from]))) {
         const size_t colon = text.find(':', from);
-        if (colon == std::string::npos) throw std::runtime_error("Rader form: g<root>: expected: " + text);
-        root = std::stoi(text.substr(from + 1, colon - from - 1));
-        from = colon + 1;
+        if (colon == std::string::npos) throw std::runtime_error("Rader form: g<root>: or tan: expected: " + text);
+        const std::string word = text.substr(from, colon - from);
+        if (word == "tan") tangent_150 = true;
+        else if (word[0] == 'g') root = std::stoi(word.substr(1));
+        else throw std::runtime_error("Rader form: unknown option " + word + ": " + text);
+        from = text.find_first_not_of(' ', colon + 1);
     }
     int nested = 0;  // inside a nested block's own form
     for (char c : text.substr(from == std::string::npos ? text.size() : from)) {
@@ -39,6 +44,7 @@ RaderForm parse_rader_form(const std::string& text) {
     if (negated) parts[2].erase(0, minus + 1);
     RaderForm form{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2]), negated};
     form.root = root;
+    form.tangent_150 = tangent_150;
     return form;
 }
 
@@ -168,6 +174,17 @@ std::vector<Handle> odd_frequency_odd(tqfgen::SplitAlg& a, const Tree& tree, int
     return S;
 }
 
+// The odd branch's twiddle of bin q by q/2n of a turn. With `tangent_150`
+// the rotation by 150 degrees forms its imaginary part from its real part
+// (RaderForm::tangent_150): Im = tan Re + Im Y / cos.
+Cx odd_branch_twiddle(tqfgen::SplitAlg& a, const Cx& Y, int q, int n, bool tangent_150) {
+    const Root w = tqfgen::unit_root(q, 2 * n, +1);
+    const Cx R = tqfgen::twiddle(a, Y, w);
+    if (!tangent_150 || 6 * q != 5 * n) return R;
+    const long double c = w.real(), s = w.imag();
+    return Cx{R.re, a.settle_r(a.add_r(a.mul_r(R.re, s / c), a.mul_r(Y.im, 1 / c)))};
+}
+
 // Even n as "X T 2" ("by halves"): t = 2 tau + e. The bins q and q + n meet
 // in a 2-point step, Y_e(q) = B(q) + (-1)^e B(q + n); the branch e = 1 turns
 // by q/2n of a turn (twiddles of order 2n, one rotation for each conjugate
@@ -177,7 +194,8 @@ std::vector<Handle> odd_frequency_odd(tqfgen::SplitAlg& a, const Tree& tree, int
 // rotations; with a cosine of X G 2 the adds and products are those of the
 // CRT form (sine_by_quarters) and a cosine of X T 2. "{X0 | X1} T 2" names
 // each branch's own sine tree, e.g. one by halves again and one CRT form.
-std::vector<Handle> odd_frequency(tqfgen::SplitAlg& a, const Tree& tree, int n, const OddBins& B) {
+std::vector<Handle> odd_frequency(tqfgen::SplitAlg& a, const Tree& tree, int n, const OddBins& B,
+                                  bool tangent_150 = false) {
     const bool by_halves = tree.op == 'T' && tree.right->size == 2 && !power_of_two(tree.size);
     if (!by_halves) {
         if (2 * tree.size == n) return sine_by_quarters(a, tree, 2 * n, B);
@@ -192,14 +210,14 @@ std::vector<Handle> odd_frequency(tqfgen::SplitAlg& a, const Tree& tree, int n, 
         for (int q = half + 1; q < n; ++q) {
             if (q % 2 == 0) continue;
             const Cx Y = e == 0 ? a.add(B(q), B(q + n)) : a.sub(B(q), B(q + n));
-            V[q] = e == 0 ? Y : tqfgen::twiddle(a, Y, tqfgen::unit_root(q, 2 * n, +1));
+            V[q] = e == 0 ? Y : odd_branch_twiddle(a, Y, q, n, tangent_150);
         }
         // At odd n/2, half of V_e(n/2), which is real: Re B(n/2), or
         // (i Im B(n/2)) times i.
         if (half % 2 == 1) V[half] = Cx{e == 0 ? B(half).re : a.neg_r(B(half).im), Handle{}};
         const OddBins Ve = [&](int q) { return q >= half ? V.at(q) : a.conj(V.at(n - q)); };
         const Tree& branch = tree.blocks.empty() ? *tree.left : *tree.blocks.at(e);
-        const std::vector<Handle> part = odd_frequency(a, branch, half, Ve);
+        const std::vector<Handle> part = odd_frequency(a, branch, half, Ve, tangent_150);
         for (int tau = 0; tau < half; ++tau) S[2 * tau + e] = part[tau];
     }
     return S;
@@ -259,7 +277,7 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     const std::vector<Handle> C = way_back(*form.cosine, even);
     // The odd bins, q = 1, 3, ..., 2m - 1, those above m as conjugates.
     const OddBins bins = [&](int q) { return q <= m ? Z[q] : a.conj(Z[N - q]); };
-    std::vector<Handle> S = odd_frequency(a, *form.sine, m, bins);
+    std::vector<Handle> S = odd_frequency(a, *form.sine, m, bins, form.tangent_150);
 
     if (form.negated_sine)
         for (Handle& s : S) s = a.neg_r(s);

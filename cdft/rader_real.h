@@ -51,9 +51,19 @@ struct RaderForm {
     // the trees); 0: the smallest. Which root only permutes the bins, so it
     // changes which imaginary parts the graph holds negated, nothing else.
     int root = 0;
+    // "tan:" before the trees: in a sine by halves, the odd branch's
+    // rotation by 150 degrees (bin q = 5m/6, which a 3-point stage of the
+    // branch takes) forms its imaginary part from its real part, Im = tan Re
+    // + Im Y / cos. Since 150 degrees and a third of a turn make three
+    // quarters of a turn, the stage's sine product, folded into these two,
+    // is the half product of Re that the stage already forms and a unit one
+    // of Im Y: two products fewer, the additions unchanged. The values do
+    // not change.
+    bool tangent_150 = false;
 };
 
-// "inner / cosine / sine", three factor trees (the sine one may start with "-").
+// "inner / cosine / sine", three factor trees (the sine one may start with
+// "-"), after optional "g<root>:" and "tan:".
 RaderForm parse_rader_form(const std::string& text);
 
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const RaderForm& form);

@@ -83,6 +83,13 @@ const std::map<int, std::string> kTrees = {
 // four with the roots 2 and 6 and three, one level shallower, with 7 and 11
 // (the values do not change). 26, 39 and 53 name their own 13-point forms
 // and 52 runs the complex family's block: they keep theirs.
+// 61 forms its odd branch's rotation by 150 degrees from its real part
+// ("tan:", cdft/rader_real.h): the 15-point's 3-point stage takes that bin
+// (harmonic 5) as its conjugate harmonic, and its sine product becomes the
+// half product of the real part it already forms, minus Im Y: 415 products,
+// the additions and depth unchanged, as the kernels are counted. 13, whose
+// 3-point stage takes the same rotation as its harmonic 1, is counted
+// without it (41 products; with it, 39).
 // 19 orders its elements by the powers of 10 = 1/2 (mod 19) rather than of
 // the smallest root 2: the graph then holds four imaginary parts negated,
 // as the kernel is counted, where 2 holds two (the values do not change).
@@ -100,7 +107,7 @@ const std::map<int, std::string> kRaderForms = {
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
     {53, "(2 G 13[3 G 4 / 3 G 2 / 3]) T 2 / 2 G 13[3 G 4 / 3 G 2 / 3] / 13[3 G 4 / 3 G 2 / 3]"},
     {59, "29 G<res> 2 / 29 / 29"},
-    {61, "(3 G 5d) G 4 / (5d G 3) G 2 / (5d G 3) T 2"},
+    {61, "tan: (3 G 5d) G 4 / (5d G 3) G 2 / (5d G 3) T 2"},
 };
 
 tqfcdft::RaderForm rader_form(int p) {
