@@ -93,6 +93,18 @@ const std::map<int, std::string> kTrees = {
 // 19 orders its elements by the powers of 10 = 1/2 (mod 19) rather than of
 // the smallest root 2: the graph then holds four imaginary parts negated,
 // as the kernel is counted, where 2 holds two (the values do not change).
+// 53's inner transform is (2 T 2) G 13: on its real columns the family's
+// 13, on its complex one the 13 with its cosine as 2 G 3, whose bins'
+// single products the two lanes fold (as the inverse 39 and 52 fold theirs;
+// four products fewer). The cosine way back is 13 T 2 (twiddles of order
+// 26), its 13-point blocks returning their own cosine through 3 T 2 as the
+// complex family's 13 does, the sine the CRT form (844 additions, 456
+// products, depth 33, as the kernels are counted; the sine by halves, the
+// inner (2 G 13) T 2 and the other nested forms we tried move the additions
+// and products in steps that do not meet that pair). Its elements follow the
+// powers of 27 = 1/2 (mod 53), as 19 does, and its sine is formed negated,
+// as 38's and 57's 19-point blocks are: 14 imaginary parts held negated
+// (the root 2 holds 15, or 12 with the sine negated).
 const std::map<int, std::string> kRaderForms = {
     {11, "5d G 2 / 5d / 5d"},
     {13, "g11: 3 G<neg> 4 / 3 G 2 / 3 T 2"},
@@ -105,7 +117,7 @@ const std::map<int, std::string> kRaderForms = {
     {41, "g35: 5d G (2 T 4) / 5d G 4 / {5d T 2 | 5d} T 2"},
     {43, "(3 G 7d) G 2 / 7d G 3 / 7d G 3"},
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
-    {53, "(2 G 13[3 G 4 / 3 G 2 / 3]) T 2 / 2 G 13[3 G 4 / 3 G 2 / 3] / 13[3 G 4 / 3 G 2 / 3]"},
+    {53, "g27: (2 T 2) G 13[3 G 4 / 3 G 2 / 3 T 2 | 3 G 4 / 2 G 3 / 3 T 2] / 13[3 G 4 / 3 T 2 / 3 T 2] T 2 / -13"},
     {59, "29 G<res> 2 / 29 / 29"},
     {61, "tan: (3 G 5d) G 4 / (5d G 3) G 2 / (5d G 3) T 2"},
 };
