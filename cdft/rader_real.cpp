@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "compose.h"
 #include "prime_math.h"
@@ -19,15 +20,17 @@ using tqfgen::Root;
 
 RaderForm parse_rader_form(const std::string& text) {
     std::vector<std::string> parts(1);
-    // Optional "g<root>:" (the primitive root) and "tan:" ahead of the trees.
+    // Optional "g<root>:" (the primitive root), "tan:" and "shallow-sine:"
+    // ahead of the trees.
     int root = 0;
-    bool tangent_150 = false;
+    bool tangent_150 = false, shallow_sine = false;
     size_t from = text.find_first_not_of(' ');
     while (from != std::string::npos && std::isalpha(static_cast<unsigned char>(text[from]))) {
         const size_t colon = text.find(':', from);
-        if (colon == std::string::npos) throw std::runtime_error("Rader form: g<root>: or tan: expected: " + text);
+        if (colon == std::string::npos) throw std::runtime_error("Rader form: an option and ':' expected: " + text);
         const std::string word = text.substr(from, colon - from);
         if (word == "tan") tangent_150 = true;
+        else if (word == "shallow-sine") shallow_sine = true;
         else if (word[0] == 'g') root = std::stoi(word.substr(1));
         else throw std::runtime_error("Rader form: unknown option " + word + ": " + text);
         from = text.find_first_not_of(' ', colon + 1);
@@ -45,6 +48,7 @@ RaderForm parse_rader_form(const std::string& text) {
     RaderForm form{parse_tree(parts[0]), parse_tree(parts[1]), parse_tree(parts[2]), negated};
     form.root = root;
     form.tangent_150 = tangent_150;
+    form.shallow_sine = shallow_sine;
     return form;
 }
 
@@ -277,7 +281,9 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     const std::vector<Handle> C = way_back(*form.cosine, even);
     // The odd bins, q = 1, 3, ..., 2m - 1, those above m as conjugates.
     const OddBins bins = [&](int q) { return q <= m ? Z[q] : a.conj(Z[N - q]); };
+    const bool shallow_before = std::exchange(a.shallow_sums, form.shallow_sine);
     std::vector<Handle> S = odd_frequency(a, *form.sine, m, bins, form.tangent_150);
+    a.shallow_sums = shallow_before;
 
     if (form.negated_sine)
         for (Handle& s : S) s = a.neg_r(s);

@@ -60,10 +60,16 @@ struct RaderForm {
     // of Im Y: two products fewer, the additions unchanged. The values do
     // not change.
     bool tangent_150 = false;
+    // "shallow-sine:": the sine way back sums the contributions to each value
+    // shallowest first (SplitAlg::shallow_sums). That reassociates its long
+    // sums and no more: the same additions, products and values, with the
+    // imaginary parts, those the graph holds negated among them, as early as
+    // this order makes them.
+    bool shallow_sine = false;
 };
 
 // "inner / cosine / sine", three factor trees (the sine one may start with
-// "-"), after optional "g<root>:" and "tan:".
+// "-"), after optional "g<root>:", "tan:" and "shallow-sine:".
 RaderForm parse_rader_form(const std::string& text);
 
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const RaderForm& form);

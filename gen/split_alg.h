@@ -133,6 +133,12 @@ public:
     // twiddles are then built without folds (cdft/rader_real.h).
     bool transposed_later = false;
 
+    // Set while a Rader form that asks for it returns its sine
+    // (cdft/rader_real.h, "shallow-sine:"): a transpose into this algebra
+    // sums the contributions to each value shallowest first, which only
+    // reassociates those sums.
+    bool shallow_sums = false;
+
 private:
     H widened(H x) { return widen_ && g_.node(x.id).ty == Ty::F32 ? g_.widen(x) : x; }
     H twice(H h, int levels);

@@ -97,6 +97,18 @@ bool direct_sine_row(const Graph& g, int id) {
     return true;
 }
 
+// The longest chain of arithmetic from a load to node id (memo: by id, -1
+// not known yet; nodes never change once made).
+int arithmetic_depth(const Graph& g, int id, std::vector<int>& memo) {
+    if (id < 0) return 0;
+    if (static_cast<int>(memo.size()) < g.size()) memo.resize(g.size(), -1);
+    if (memo[id] >= 0) return memo[id];
+    const Node& n = g.node(id);
+    const bool arithmetic = n.op == Op::Add || n.op == Op::Sub || n.op == Op::Mul;
+    const int operands = std::max(arithmetic_depth(g, n.a, memo), n.op == Op::Mul ? 0 : arithmetic_depth(g, n.b, memo));
+    return memo[id] = operands + (arithmetic ? 1 : 0);
+}
+
 }  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
@@ -151,6 +163,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         }
         return false;
     };
+    std::vector<int> depth_memo;
     std::vector<Handle> x(inputs);
     // Operands have lower ids than their users: descending ids visit every
     // node after all of its users.
@@ -195,6 +208,11 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         const auto kept_single = [&](const Handle& t) { return t.valid() && target.graph().node(t.id).ty == Ty::F32; };
         const bool in_double = doubled_harmonics && target.widening() && terms.size() > 2 &&
                                std::all_of(terms.begin(), terms.end(), kept_single) && untwiddled_sine_row(id);
+        if (target.shallow_sums)
+            std::stable_sort(terms.begin(), terms.end(), [&](const Handle& p, const Handle& q) {
+                return arithmetic_depth(target.graph(), p.id, depth_memo) <
+                       arithmetic_depth(target.graph(), q.id, depth_memo);
+            });
         Handle z;
         for (const Handle& t : terms) z = target.add_r(z, in_double && !z.valid() ? target.graph().widen(t) : t);
         z = target.settle_r(z);

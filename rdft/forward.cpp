@@ -90,6 +90,11 @@ const std::map<int, std::string> kTrees = {
 // the additions and depth unchanged, as the kernels are counted. 13, whose
 // 3-point stage takes the same rotation as its harmonic 1, is counted
 // without it (41 products; with it, 39).
+// 47's sine way back sums shallowest first ("shallow-sine:"): the rows of
+// its 11-point blocks then add their shallow terms before the deep products,
+// and the imaginary parts, nine of them held negated, end a level earlier:
+// depth 42, as the kernels are counted, where the order of the transpose
+// gives 43 (the real parts, and so Hartley's 43, keep theirs).
 // 19 orders its elements by the powers of 10 = 1/2 (mod 19) rather than of
 // the smallest root 2: the graph then holds four imaginary parts negated,
 // as the kernel is counted, where 2 holds two (the values do not change).
@@ -116,7 +121,7 @@ const std::map<int, std::string> kRaderForms = {
     {37, "(2 T 2) G (3 T 3) / 2 G (3 T 3) / 3 T 3"},
     {41, "g35: 5d G (2 T 4) / 5d G 4 / {5d T 2 | 5d} T 2"},
     {43, "(3 G 7d) G 2 / 7d G 3 / 7d G 3"},
-    {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
+    {47, "shallow-sine: 23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
     {53, "g27: (2 T 2) G 13[3 G 4 / 3 G 2 / 3 T 2 | 3 G 4 / 2 G 3 / 3 T 2] / 13[3 G 4 / 3 T 2 / 3 T 2] T 2 / -13"},
     {59, "29 G<res> 2 / 29 / 29"},
     {61, "tan: (3 G 5d) G 4 / (5d G 3) G 2 / (5d G 3) T 2"},
