@@ -109,6 +109,54 @@ int arithmetic_depth(const Graph& g, int id, std::vector<int>& memo) {
     return memo[id] = operands + (arithmetic ? 1 : 0);
 }
 
+// Whether a node's sum tree holds no product: a sum of kept values.
+bool product_free(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    if (n.op == Op::Mul) return false;
+    if (n.op == Op::Add || n.op == Op::Sub) return product_free(g, n.a) && product_free(g, n.b);
+    return true;
+}
+
+// A row x + c y of a block: a sum of kept values and one product by a
+// constant, one double combination in the forward program (the x - 0.5 y of
+// a 3-point stage). The eighth-turn's product by sqrt(1/2) is a kept value
+// of its own, not part of a row.
+bool kept_value_row(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    const auto row_product = [&](int p) {
+        const Node& m = g.node(p);
+        return m.op == Op::Mul && g.node(m.b).op == Op::Const &&
+               std::fabs(std::fabs(g.exact_value(m.b)) - std::sqrt(0.5L)) > 1e-15L;
+    };
+    return (row_product(n.a) && product_free(g, n.b)) || (row_product(n.b) && product_free(g, n.a));
+}
+
+// A product by a constant, or a row x + c y: a kept value of a block's stage.
+bool product_or_row(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    return (n.op == Op::Mul && g.node(n.b).op == Op::Const) || kept_value_row(g, id);
+}
+
+// A 2-point step on two kept values of one kind: two products (the sines of
+// 3-point stages) or two rows x + c y.
+bool step_on_kept_pair(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    return (n.op == Op::Add || n.op == Op::Sub) && product_or_row(g, n.a) && product_or_row(g, n.b);
+}
+
+// A value rounded from the sum or difference of two products by constants
+// (a component of a rotation or of a Rader kernel's product), still in
+// double; invalid for any other value.
+Handle unrounded_products(SplitAlg& a, const Handle& t) {
+    const Handle u = a.unrounded(t);
+    if (!u.valid()) return u;
+    const Graph& g = a.graph();
+    const Node& s = g.node(u.id);
+    const bool products = (s.op == Op::Add || s.op == Op::Sub) && g.node(s.a).op == Op::Mul && g.node(s.b).op == Op::Mul;
+    return products ? u : Handle{};
+}
+
 }  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
@@ -208,6 +256,26 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         const auto kept_single = [&](const Handle& t) { return t.valid() && target.graph().node(t.id).ty == Ty::F32; };
         const bool in_double = doubled_harmonics && target.widening() && terms.size() > 2 &&
                                std::all_of(terms.begin(), terms.end(), kept_single) && untwiddled_sine_row(id);
+        // The transpose of a Rader bin formed in double (bin_in_double in
+        // cdft/rader_real.cpp): the adjoint of a row x + c y whose
+        // contributions are all combinations of products (the kernel's
+        // outputs) sums them from the unrounded combinations, in double, and
+        // is rounded once, as the forward forms the bin from the unrounded
+        // rows. Inverse 19, its blocks in 38 and 57, and 37.
+        if (doubled_harmonics && target.widening() && !in_double && terms.size() >= 2 && kept_value_row(source, id) &&
+            std::all_of(terms.begin(), terms.end(), [&](const Handle& t) { return unrounded_products(target, t).valid(); }))
+            for (Handle& t : terms) t = unrounded_products(target, t);
+        // A value that a 2-point step formed from two kept values of one kind
+        // and that three or four users take (here always the first input of
+        // a 5- or 7-point direct block: its DC sum and cosine rows): a
+        // contribution to its adjoint still formed by products (a folded
+        // bin, a kernel's output) joins the sum unrounded, in double. Inverse
+        // and Hartley 31, inverse 59, and most of the gap at 47, 59 and 62 in
+        // every real family. An 11-point block's first input (six users)
+        // sums them rounded: in double they overshoot 47 by 17.
+        if (target.widening() && !in_double && (terms.size() == 3 || terms.size() == 4) && step_on_kept_pair(source, id))
+            for (Handle& t : terms)
+                if (unrounded_products(target, t).valid()) t = unrounded_products(target, t);
         if (target.shallow_sums)
             std::stable_sort(terms.begin(), terms.end(), [&](const Handle& p, const Handle& q) {
                 return arithmetic_depth(target.graph(), p.id, depth_memo) <

@@ -13,10 +13,14 @@
 // the source, latest first: the source's order of formation is the
 // transpose's order of accumulation.
 //
-// Sums of kept values are single, as in the forward programs, with one
-// exception in the inverse real programs: the adjoint of the sine row of a
-// Cooley-Tukey stage's untwiddled block, when it sums three or more values,
-// is summed in double (see transpose.cpp).
+// Sums of kept values are single, as in the forward programs, with
+// exceptions (see transpose.cpp): in the inverse real programs, the adjoint
+// of the sine row of a Cooley-Tukey stage's untwiddled block, when it sums
+// three or more values, is summed in double, and so is the adjoint of a row
+// x + c y whose contributions are all combinations of products, from those
+// unrounded; in every transpose, a combination of products that joins the
+// adjoint of a 2-point step on two kept values with three or four users
+// joins it unrounded.
 //
 // A product is saved wherever its constant can go into products that exist
 // anyway: a product whose whole adjoint is one rotation's component (its two
