@@ -146,21 +146,66 @@ bool holds_single_value(const tqfgen::Graph& g, int id) {
     return holds_single_value(g, n.a) || holds_single_value(g, n.b);
 }
 
+// A row x + products of a block in the plain double program that an inverse
+// transposes: a sum whose last term is a product and that holds a
+// product-free term (a sine row holds products alone; a bin that adds a sine
+// row to a row ends in a sum).
+bool plain_row(const tqfgen::Graph& g, int id) {
+    const tqfgen::Node& n = g.node(id);
+    if (n.op != tqfgen::Op::Add && n.op != tqfgen::Op::Sub) return false;
+    const std::function<bool(int)> product_free_term = [&](int i) {
+        const tqfgen::Node& t = g.node(i);
+        if (t.op == tqfgen::Op::Mul) return false;
+        return (t.op != tqfgen::Op::Add && t.op != tqfgen::Op::Sub) || product_free_term(t.a) || product_free_term(t.b);
+    };
+    return (g.node(n.a).op == tqfgen::Op::Mul && product_free_term(n.b)) ||
+           (g.node(n.b).op == tqfgen::Op::Mul && product_free_term(n.a));
+}
+
+// A value that `levels` steps of sums and differences form from rows x +
+// products, re-formed in double from the unrounded rows; invalid if it is
+// not one. In the plain double program an inverse transposes, v itself is
+// returned, and the steps below the top are collected in `steps`.
+Handle rows_in_double(tqfgen::SplitAlg& a, Handle v, int levels, bool top, std::vector<int>& steps) {
+    tqfgen::Graph& g = a.graph();
+    if (!v.valid()) return Handle{};
+    if (a.widening()) {
+        const Handle u = a.unrounded(v);
+        if (u.valid()) return !top && holds_single_value(g, u.id) ? u : Handle{};
+    } else if (!top && plain_row(g, v.id)) {
+        return v;
+    }
+    const tqfgen::Node n = g.node(v.id);
+    const bool step = (n.op == tqfgen::Op::Add || n.op == tqfgen::Op::Sub) && (n.ty == tqfgen::Ty::F32 || !a.widening());
+    if (levels == 0 || !step) return Handle{};
+    const Handle x = rows_in_double(a, Handle{n.a, false}, levels - 1, false, steps);
+    const Handle y = rows_in_double(a, Handle{n.b, false}, levels - 1, false, steps);
+    if (!x.valid() || !y.valid()) return Handle{};
+    if (!a.widening()) {
+        if (!top) steps.push_back(v.id);
+        return v;
+    }
+    const Handle r = n.op == tqfgen::Op::Add ? a.add_r(x, y) : a.sub_r(x, y);
+    return v.neg ? -r : r;
+}
+
 // The inner transform's bins go only into the kernel's products, which take
 // their operands in double: a part of a bin that a stage forms as the sum or
 // difference of two rows x + products is formed from the rows still in
 // double and stays in double into the products, so those rows are not
 // rounded for it. Rows of products alone (sine rows, lone products) were
-// finished and rounded by their blocks and are summed in single.
-Handle bin_in_double(tqfgen::SplitAlg& a, Handle v) {
-    if (!a.widening() || !v.valid()) return v;
-    const tqfgen::Graph& g = a.graph();
-    const tqfgen::Node n = g.node(v.id);
-    if ((n.op != tqfgen::Op::Add && n.op != tqfgen::Op::Sub) || n.ty != tqfgen::Ty::F32) return v;
-    const Handle x = a.unrounded(Handle{n.a, false}), y = a.unrounded(Handle{n.b, false});
-    if (!x.valid() || !y.valid() || !holds_single_value(g, x.id) || !holds_single_value(g, y.id)) return v;
-    const Handle r = n.op == tqfgen::Op::Add ? a.add_r(x, y) : a.sub_r(x, y);
-    return v.neg ? -r : r;
+// finished and rounded by their blocks and are summed in single. With
+// `levels` 2 the same holds one step further back: the sums and differences
+// of rows that the stage's bin adds are formed in double too. In a program
+// an inverse transposes, those steps are marked for the transpose, whose
+// adjoints of them then sum the kernel's products unrounded.
+Handle bin_in_double(tqfgen::SplitAlg& a, Handle v, int levels) {
+    if (!a.widening() && !a.transposed_later) return v;
+    std::vector<int> steps;
+    const Handle r = rows_in_double(a, v, levels, true, steps);
+    if (!r.valid()) return v;
+    a.graph().steps_in_double.insert(steps.begin(), steps.end());
+    return r;
 }
 
 // Odd n: q = n + 2k (mod 2n) gives exp(pi i q t/n) = (-1)^t exp(2 pi i kt/n),
@@ -242,7 +287,12 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     std::vector<Cx> y(N);
     for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};
     std::vector<Cx> Y = real_input_dft(a, *form.inner, y, fwd);
-    for (int k = 1; k < m; ++k) Y[k] = Cx{bin_in_double(a, Y[k].re), bin_in_double(a, Y[k].im)};
+    // An inner whose first stage is a composite block (61's 3 G 5d) forms its
+    // bins in double back to that block's rows; one whose first stage is a
+    // single block (13's 3 G 4, 29's 7d G 4) from its last stage's operands
+    // only, as these kernels are counted.
+    const int levels = !form.inner->leaf() && !form.inner->left->leaf() ? 2 : 1;
+    for (int k = 1; k < m; ++k) Y[k] = Cx{bin_in_double(a, Y[k].re, levels), bin_in_double(a, Y[k].im, levels)};
 
     Halves h;
     h.x0 = a.add_r(x[0], Y[0].re);

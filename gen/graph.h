@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -99,6 +100,11 @@ public:
     // by the pass of mirror.h on the live program it rebuilds; the complex
     // kernels keep both, since a stored negation would turn a +0.0 into -0.0.
     bool merge_mirrored_differences = false;
+
+    // Steps of a program that a single-precision one transposes whose
+    // adjoints are summed in double and handed on unrounded (gen/transpose.h;
+    // marked by cdft/rader_real.cpp, bin_in_double).
+    std::set<int> steps_in_double;
 
 private:
     int intern(Node n);

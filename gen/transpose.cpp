@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 #include <stdexcept>
 
 namespace tqfgen {
@@ -212,6 +213,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         return false;
     };
     std::vector<int> depth_memo;
+    std::set<int> handed_unrounded;  // target ids of the adjoints of steps in double
     std::vector<Handle> x(inputs);
     // Operands have lower ids than their users: descending ids visit every
     // node after all of its users.
@@ -276,6 +278,17 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         if (target.widening() && !in_double && (terms.size() == 3 || terms.size() == 4) && step_on_kept_pair(source, id))
             for (Handle& t : terms)
                 if (unrounded_products(target, t).valid()) t = unrounded_products(target, t);
+        // A step that the forward program forms in double from rows
+        // (Graph::steps_in_double; a Rader bin's, cdft/rader_real.cpp): its
+        // adjoint sums the kernel's products unrounded and hands the sum on
+        // unrounded, so that the adjoints of the rows sum in double too, as
+        // the forward forms the step from the unrounded rows. Inverse 61.
+        const bool step_in_double = target.widening() && source.steps_in_double.count(id) != 0;
+        if (step_in_double)
+            for (Handle& t : terms)
+                if (unrounded_products(target, t).valid()) t = unrounded_products(target, t);
+        for (Handle& t : terms)
+            if (t.valid() && handed_unrounded.count(t.id) != 0) t = target.unrounded(t);  // always a rounded sum
         if (target.shallow_sums)
             std::stable_sort(terms.begin(), terms.end(), [&](const Handle& p, const Handle& q) {
                 return arithmetic_depth(target.graph(), p.id, depth_memo) <
@@ -285,6 +298,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         for (const Handle& t : terms) z = target.add_r(z, in_double && !z.valid() ? target.graph().widen(t) : t);
         z = target.settle_r(z);
         if (!z.valid()) continue;
+        if (step_in_double && target.unrounded(z).valid()) handed_unrounded.insert(z.id);
         switch (n.op) {
         case Op::LoadScalar:
             if (n.index[0] < 0 || n.index[0] >= inputs) throw std::logic_error("transpose: load outside the input");

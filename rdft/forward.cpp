@@ -89,7 +89,11 @@ const std::map<int, std::string> kTrees = {
 // half product of the real part it already forms, minus Im Y: 415 products,
 // the additions and depth unchanged, as the kernels are counted. 13, whose
 // 3-point stage takes the same rotation as its harmonic 1, is counted
-// without it (41 products; with it, 39).
+// without it (41 products; with it, 39). 61's inner starts with the
+// composite 3 G 5d: in single precision its 4-point stage forms the bins
+// that add sums of the 15-point blocks' rows in double back to those rows
+// (bin_in_double, two steps deep), 265 double additions as counted, where
+// the inners starting with one block (13's 3 G 4, 29's 7d G 4) go one step.
 // 47's sine way back sums shallowest first ("shallow-sine:"): the rows of
 // its 11-point blocks then add their shallow terms before the deep products,
 // and the imaginary parts, nine of them held negated, end a level earlier:
