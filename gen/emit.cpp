@@ -43,7 +43,13 @@ const char* ctype(Ty t) {
     return "?";
 }
 
-std::string var(int id) { return "v" + std::to_string(id); }
+// Appended rather than "v" + ...: GCC 12 warns falsely (-Wrestrict) on the
+// inlined insert of a literal before a temporary.
+std::string var(int id) {
+    std::string name = "v";
+    name += std::to_string(id);
+    return name;
+}
 
 class BodyWriter {
 public:
