@@ -289,9 +289,10 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // a 5- or 7-point direct block: its DC sum and cosine rows): a
         // contribution to its adjoint still formed by products (a folded
         // bin, a kernel's output) joins the sum unrounded, in double. Inverse
-        // and Hartley 31, inverse 59, and most of the gap at 47, 59 and 62 in
-        // every real family. An 11-point block's first input (six users)
-        // sums them rounded: in double they overshoot 47 by 17.
+        // and Hartley 31, inverse 59, most of the gap at 47 and 62 in every
+        // real family, and with the rule after this one all of it at 59. An
+        // 11-point block's first input (six users) sums them rounded: in
+        // double they overshoot 47 by 17.
         const bool block_first_input =
             target.widening() && !in_double && (terms.size() == 3 || terms.size() == 4) && step_on_kept_pair(source, id);
         if (block_first_input)
