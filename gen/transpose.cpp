@@ -146,6 +146,20 @@ bool step_on_kept_pair(const Graph& g, int id) {
     return (n.op == Op::Add || n.op == Op::Sub) && product_or_row(g, n.a) && product_or_row(g, n.b);
 }
 
+// Whether every user of a node is a 2-point step of it with a product by a
+// constant (and it has one).
+bool stepped_with_products(const Graph& g, int id) {
+    bool stepped = false;
+    for (int i = id + 1; i < g.size(); ++i) {
+        const Node& m = g.node(i);
+        if (m.a != id && (m.op == Op::Mul || m.b != id)) continue;
+        if (m.op != Op::Add && m.op != Op::Sub) return false;
+        if (g.node(m.a == id ? m.b : m.a).op != Op::Mul) return false;
+        stepped = true;
+    }
+    return stepped;
+}
+
 // A value rounded from the sum or difference of two products by constants
 // (a component of a rotation or of a Rader kernel's product), still in
 // double; invalid for any other value.
@@ -214,6 +228,9 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
     };
     std::vector<int> depth_memo;
     std::set<int> handed_unrounded;  // target ids of the adjoints of steps in double
+    // The adjoints of the first inputs of 5- and 7-point blocks (see below):
+    // where products joined them unrounded, still in double before rounding.
+    std::set<int> first_inputs_in_double;
     std::vector<Handle> x(inputs);
     // Operands have lower ids than their users: descending ids visit every
     // node after all of its users.
@@ -272,10 +289,13 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // a 5- or 7-point direct block: its DC sum and cosine rows): a
         // contribution to its adjoint still formed by products (a folded
         // bin, a kernel's output) joins the sum unrounded, in double. Inverse
-        // and Hartley 31, inverse 59, and most of the gap at 47, 59 and 62 in
-        // every real family. An 11-point block's first input (six users)
-        // sums them rounded: in double they overshoot 47 by 17.
-        if (target.widening() && !in_double && (terms.size() == 3 || terms.size() == 4) && step_on_kept_pair(source, id))
+        // and Hartley 31, inverse 59, most of the gap at 47 and 62 in every
+        // real family, and with the rule after this one all of it at 59. An
+        // 11-point block's first input (six users) sums them rounded: in
+        // double they overshoot 47 by 17.
+        const bool block_first_input =
+            target.widening() && !in_double && (terms.size() == 3 || terms.size() == 4) && step_on_kept_pair(source, id);
+        if (block_first_input)
             for (Handle& t : terms)
                 if (unrounded_products(target, t).valid()) t = unrounded_products(target, t);
         // A step that the forward program forms in double from rows
@@ -289,6 +309,19 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
                 if (unrounded_products(target, t).valid()) t = unrounded_products(target, t);
         for (Handle& t : terms)
             if (t.valid() && handed_unrounded.count(t.id) != 0) t = target.unrounded(t);  // always a rounded sum
+        // A row x + c y stepped only with products, each step's adjoint such
+        // a first input summed in double: the steps hand their sums on
+        // unrounded and the row's adjoint joins them in double. Forward and
+        // Hartley 59: the bin-0 row x0 - Y0/28 of the nested 29s in the ways
+        // back, stepped with the kernel's products into the first inputs of
+        // 7-point blocks. A row stepped with another row (the 3-point stages
+        // of 31) sums them rounded.
+        if (target.widening() && !in_double && terms.size() >= 2 && kept_value_row(source, id) &&
+            std::all_of(terms.begin(), terms.end(), [&](const Handle& t) {
+                return t.valid() && first_inputs_in_double.count(t.id) != 0 && target.unrounded(t).valid();
+            }) &&
+            stepped_with_products(source, id))
+            for (Handle& t : terms) t = target.unrounded(t);
         if (target.shallow_sums)
             std::stable_sort(terms.begin(), terms.end(), [&](const Handle& p, const Handle& q) {
                 return arithmetic_depth(target.graph(), p.id, depth_memo) <
@@ -299,6 +332,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         z = target.settle_r(z);
         if (!z.valid()) continue;
         if (step_in_double && target.unrounded(z).valid()) handed_unrounded.insert(z.id);
+        if (block_first_input) first_inputs_in_double.insert(z.id);
         switch (n.op) {
         case Op::LoadScalar:
             if (n.index[0] < 0 || n.index[0] >= inputs) throw std::logic_error("transpose: load outside the input");

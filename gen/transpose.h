@@ -20,7 +20,8 @@
 // x + c y whose contributions are all combinations of products, from those
 // unrounded; in every transpose, a combination of products that joins the
 // adjoint of a 2-point step on two kept values with three or four users
-// joins it unrounded.
+// joins it unrounded; a row stepped only with products, when all of its
+// steps' adjoints were summed so, sums them unrounded.
 //
 // A product is saved wherever its constant can go into products that exist
 // anyway: a product whose whole adjoint is one rotation's component (its two
