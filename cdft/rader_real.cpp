@@ -189,12 +189,36 @@ Handle rows_in_double(tqfgen::SplitAlg& a, Handle v, int levels, bool top, std::
     return v.neg ? -r : r;
 }
 
+// A component of a rotation or of a kernel's product: two products summed.
+bool two_products(const tqfgen::Graph& g, int id) {
+    const tqfgen::Node& n = g.node(id);
+    return (n.op == tqfgen::Op::Add || n.op == tqfgen::Op::Sub) && g.node(n.a).op == tqfgen::Op::Mul &&
+           g.node(n.b).op == tqfgen::Op::Mul;
+}
+
+// A bin of a row x + c y and a rotation's component, both still in double,
+// re-formed in double; invalid for any other value.
+Handle row_and_component_in_double(tqfgen::SplitAlg& a, Handle v) {
+    if (!a.widening() || !v.valid()) return Handle{};
+    const tqfgen::Graph& g = a.graph();
+    const tqfgen::Node n = g.node(v.id);
+    if ((n.op != tqfgen::Op::Add && n.op != tqfgen::Op::Sub) || n.ty != tqfgen::Ty::F32) return Handle{};
+    const Handle x = a.unrounded(Handle{n.a, false}), y = a.unrounded(Handle{n.b, false});
+    if (!x.valid() || !y.valid()) return Handle{};
+    const bool row_x = holds_single_value(g, x.id), row_y = holds_single_value(g, y.id);
+    if (!(row_x && two_products(g, y.id)) && !(row_y && two_products(g, x.id))) return Handle{};
+    const Handle r = n.op == tqfgen::Op::Add ? a.add_r(x, y) : a.sub_r(x, y);
+    return v.neg ? -r : r;
+}
+
 // The inner transform's bins go only into the kernel's products, which take
 // their operands in double: a part of a bin that a stage forms as the sum or
 // difference of two rows x + products is formed from the rows still in
 // double and stays in double into the products, so those rows are not
-// rounded for it. Rows of products alone (sine rows, lone products) were
-// finished and rounded by their blocks and are summed in single. With
+// rounded for it; so is a row met by a rotation's component (a nested
+// block's sine by halves, its twiddle holding the 3-point sine: the
+// 13-point blocks of 53). Rows of products alone (sine rows, lone products)
+// were finished and rounded by their blocks and are summed in single. With
 // `levels` 2 the same holds one step further back: the sums and differences
 // of rows that the stage's bin adds are formed in double too. In a program
 // an inverse transposes, those steps are marked for the transpose, whose
@@ -202,7 +226,8 @@ Handle rows_in_double(tqfgen::SplitAlg& a, Handle v, int levels, bool top, std::
 Handle bin_in_double(tqfgen::SplitAlg& a, Handle v, int levels) {
     if (!a.widening() && !a.transposed_later) return v;
     std::vector<int> steps;
-    const Handle r = rows_in_double(a, v, levels, true, steps);
+    Handle r = rows_in_double(a, v, levels, true, steps);
+    if (!r.valid()) r = row_and_component_in_double(a, v);
     if (!r.valid()) return v;
     a.graph().steps_in_double.insert(steps.begin(), steps.end());
     return r;
@@ -311,9 +336,15 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         const Handle im_r = a.mul_r(Y[k].im, kk.real());
         const Handle re_i = a.mul_r(Y[k].re, kk.imag());
         Z[k] = a.settle({re, a.add_r(re_i, im_r)});
+        for (const Handle& part : {Z[k].re, Z[k].im})
+            if (a.unrounded(part).valid()) a.kernel_outputs.insert(a.unrounded(part).id);
     }
     const long double zm = m % 2 == 0 ? K.bin[m].real() : form.negated_sine ? -K.bin[m].imag() : K.bin[m].imag();
     Z[m] = Cx{a.settle_r(a.mul_r(Y[m].re, zm)), Handle{}};
+    // Bin m of even m goes into the cosine way back, where a 2-point step may
+    // meet it with a complex bin (gen/transpose.h); the sine of odd m sums it
+    // rounded.
+    if (m % 2 == 0 && a.unrounded(Z[m].re).valid()) a.kernel_outputs.insert(a.unrounded(Z[m].re).id);
 
     std::vector<Cx> even;
     for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);

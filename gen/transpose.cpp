@@ -172,6 +172,18 @@ Handle unrounded_products(SplitAlg& a, const Handle& t) {
     return products ? u : Handle{};
 }
 
+// Two outputs of a Rader kernel's products (SplitAlg::kernel_outputs), one
+// the lone product of its real bin m.
+bool kernel_step_with_bin_m(SplitAlg& a, const std::vector<Handle>& terms) {
+    int lone = 0;
+    for (const Handle& t : terms) {
+        const Handle u = t.valid() ? a.unrounded(t) : Handle{};
+        if (!u.valid() || a.kernel_outputs.count(u.id) == 0) return false;
+        lone += a.graph().node(u.id).op == Op::Mul;
+    }
+    return lone == 1;
+}
+
 }  // namespace
 
 std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y, SplitAlg& target,
@@ -321,6 +333,14 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
                 return t.valid() && first_inputs_in_double.count(t.id) != 0 && target.unrounded(t).valid();
             }) &&
             stepped_with_products(source, id))
+            for (Handle& t : terms) t = target.unrounded(t);
+        // A value that sums a Rader kernel's real bin m (even m) and one
+        // component of a complex bin, both straight from the kernel's
+        // products, sums them unrounded, in double: a 2-point step of a way
+        // back on bin m (the cosine 2 G 3 of 53's 13-point blocks on the
+        // complex column, as the forward 53 is counted; 37's cosine
+        // 2 G (3 T 3) takes one such step).
+        if (target.widening() && !in_double && terms.size() == 2 && kernel_step_with_bin_m(target, terms))
             for (Handle& t : terms) t = target.unrounded(t);
         if (target.shallow_sums)
             std::stable_sort(terms.begin(), terms.end(), [&](const Handle& p, const Handle& q) {

@@ -21,7 +21,9 @@
 // unrounded; in every transpose, a combination of products that joins the
 // adjoint of a 2-point step on two kept values with three or four users
 // joins it unrounded; a row stepped only with products, when all of its
-// steps' adjoints were summed so, sums them unrounded.
+// steps' adjoints were summed so, sums them unrounded; and a 2-point step of
+// a Rader kernel's real bin m (even m) with a component of a complex bin
+// sums the two products unrounded (SplitAlg::kernel_outputs).
 //
 // A product is saved wherever its constant can go into products that exist
 // anyway: a product whose whole adjoint is one rotation's component (its two
