@@ -3,6 +3,7 @@
 #include <cctype>
 #include <functional>
 #include <map>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -211,6 +212,27 @@ Handle row_and_component_in_double(tqfgen::SplitAlg& a, Handle v) {
     return v.neg ? -r : r;
 }
 
+// In the plain double program an inverse transposes, a bin of a row
+// (two products plus a product) and a rotation's component, what
+// row_and_component_in_double forms in double in the forward (53's 13-point
+// blocks): the transpose sums the adjoints of the row and of the component
+// from the kernel's unrounded products. Rows of rows (31's 3-point stages)
+// are not such rows: their adjoints sum rounded.
+void mark_row_and_component(tqfgen::SplitAlg& a, Handle v) {
+    if (a.widening() || !a.transposed_later || !v.valid()) return;
+    tqfgen::Graph& g = a.graph();
+    const tqfgen::Node n = g.node(v.id);
+    if (n.op != tqfgen::Op::Add && n.op != tqfgen::Op::Sub) return;
+    const auto row = [&](int i) {
+        const tqfgen::Node& r = g.node(i);
+        return (r.op == tqfgen::Op::Add || r.op == tqfgen::Op::Sub) &&
+               ((g.node(r.a).op == tqfgen::Op::Mul && two_products(g, r.b)) ||
+                (g.node(r.b).op == tqfgen::Op::Mul && two_products(g, r.a)));
+    };
+    if ((row(n.a) && two_products(g, n.b)) || (row(n.b) && two_products(g, n.a)))
+        g.adjoints_unrounded.insert({n.a, n.b});
+}
+
 // The inner transform's bins go only into the kernel's products, which take
 // their operands in double: a part of a bin that a stage forms as the sum or
 // difference of two rows x + products is formed from the rows still in
@@ -228,6 +250,7 @@ Handle bin_in_double(tqfgen::SplitAlg& a, Handle v, int levels) {
     std::vector<int> steps;
     Handle r = rows_in_double(a, v, levels, true, steps);
     if (!r.valid()) r = row_and_component_in_double(a, v);
+    if (!r.valid()) mark_row_and_component(a, v);
     if (!r.valid()) return v;
     a.graph().steps_in_double.insert(steps.begin(), steps.end());
     return r;
@@ -360,6 +383,23 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         return half_spectrum_sum(a, t, F, (m % 2 == 1 || form.fold_bins) && !plain, !plain);
     };
     const std::vector<Handle> C = way_back(*form.cosine, even);
+    // In a program an inverse transposes, a folded form's bin m (even m)
+    // that a 2-point step of the cosine way back meets with a complex bin's
+    // component (53's 13-point blocks on the complex column; the forward
+    // sums that step from the unrounded products): the transpose sums the
+    // adjoint of bin m in double before its product.
+    if (a.transposed_later && !a.widening() && m % 2 == 0 && form.fold_bins) {
+        tqfgen::Graph& g = a.graph();
+        const int bin_m = Z[m].re.id;
+        std::set<int> components;
+        for (int k = 1; k < m; ++k) components.insert({Z[k].re.id, Z[k].im.id});
+        for (int i = bin_m + 1; i < g.size(); ++i) {
+            const tqfgen::Node& s = g.node(i);
+            if ((s.op == tqfgen::Op::Add || s.op == tqfgen::Op::Sub) &&
+                ((s.a == bin_m && components.count(s.b) != 0) || (s.b == bin_m && components.count(s.a) != 0)))
+                g.adjoints_widened.insert(bin_m);
+        }
+    }
     // The odd bins, q = 1, 3, ..., 2m - 1, those above m as conjugates.
     const OddBins bins = [&](int q) { return q <= m ? Z[q] : a.conj(Z[N - q]); };
     const bool shallow_before = std::exchange(a.shallow_sums, form.shallow_sine);

@@ -106,6 +106,15 @@ public:
     // marked by cdft/rader_real.cpp, bin_in_double).
     std::set<int> steps_in_double;
 
+    // Values of such a program whose adjoints the transpose sums in double
+    // (marked by cdft/rader_real.cpp, rader_halves): the row and the
+    // rotation's component of a Rader bin that the forward forms from both
+    // in double take their contributions unrounded; a folded kernel's real
+    // bin m that its way back steps with a complex bin sums its adjoint's
+    // rounded contributions in double.
+    std::set<int> adjoints_unrounded;
+    std::set<int> adjoints_widened;
+
 private:
     int intern(Node n);
     int split_gather(const Node& n);

@@ -342,13 +342,25 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // 2 G (3 T 3) takes one such step).
         if (target.widening() && !in_double && terms.size() == 2 && kernel_step_with_bin_m(target, terms))
             for (Handle& t : terms) t = target.unrounded(t);
+        // A value the source marked (Graph::adjoints_unrounded): the row and
+        // the rotation's component of a Rader bin that the forward forms in
+        // double from both. Its adjoint sums the kernel's products unrounded.
+        if (target.widening() && !in_double && terms.size() >= 2 && source.adjoints_unrounded.count(id) != 0)
+            for (Handle& t : terms)
+                if (t.valid() && target.unrounded(t).valid()) t = target.unrounded(t);
         if (target.shallow_sums)
             std::stable_sort(terms.begin(), terms.end(), [&](const Handle& p, const Handle& q) {
                 return arithmetic_depth(target.graph(), p.id, depth_memo) <
                        arithmetic_depth(target.graph(), q.id, depth_memo);
             });
         Handle z;
-        for (const Handle& t : terms) z = target.add_r(z, in_double && !z.valid() ? target.graph().widen(t) : t);
+        // A folded Rader kernel's bin m stepped with a complex bin in its way
+        // back (Graph::adjoints_widened): its adjoint is summed in double.
+        const bool widened = target.widening() && terms.size() >= 2 && source.adjoints_widened.count(id) != 0;
+        const auto first_term = [&](const Handle& t) {
+            return (in_double || (widened && target.graph().node(t.id).ty == Ty::F32)) ? target.graph().widen(t) : t;
+        };
+        for (const Handle& t : terms) z = target.add_r(z, !z.valid() ? first_term(t) : t);
         z = target.settle_r(z);
         if (!z.valid()) continue;
         if (step_in_double && target.unrounded(z).valid()) handed_unrounded.insert(z.id);

@@ -23,7 +23,10 @@
 // joins it unrounded; a row stepped only with products, when all of its
 // steps' adjoints were summed so, sums them unrounded; and a 2-point step of
 // a Rader kernel's real bin m (even m) with a component of a complex bin
-// sums the two products unrounded (SplitAlg::kernel_outputs).
+// sums the two products unrounded (SplitAlg::kernel_outputs); and the values
+// the source marks (Graph::adjoints_unrounded, Graph::adjoints_widened) sum
+// their adjoints in double, the transposed counterparts of the forward's
+// Rader bins of a row and a rotation's component and of its steps of bin m.
 //
 // A product is saved wherever its constant can go into products that exist
 // anyway: a product whose whole adjoint is one rotation's component (its two
