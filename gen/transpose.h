@@ -13,20 +13,10 @@
 // the source, latest first: the source's order of formation is the
 // transpose's order of accumulation.
 //
-// Sums of kept values are single, as in the forward programs, with
-// exceptions (see transpose.cpp): in the inverse real programs, the adjoint
-// of the sine row of a Cooley-Tukey stage's untwiddled block, when it sums
-// three or more values, is summed in double, and so is the adjoint of a row
-// x + c y whose contributions are all combinations of products, from those
-// unrounded; in every transpose, a combination of products that joins the
-// adjoint of a 2-point step on two kept values with three or four users
-// joins it unrounded; a row stepped only with products, when all of its
-// steps' adjoints were summed so, sums them unrounded; and a 2-point step of
-// a Rader kernel's real bin m (even m) with a component of a complex bin
-// sums the two products unrounded (SplitAlg::kernel_outputs); and the values
-// the source marks (Graph::adjoints_unrounded, Graph::adjoints_widened) sum
-// their adjoints in double, the transposed counterparts of the forward's
-// Rader bins of a row and a rotation's component and of its steps of bin m.
+// Sums of kept values are single, as in the forward programs, with the
+// exceptions that AdjointRounding states (transpose_rounding.h): the
+// transposed counterparts of the forward's Rader bins in double, and the
+// sums the inverse and Hartley programs keep in double as they are counted.
 //
 // A product is saved wherever its constant can go into products that exist
 // anyway: a product whose whole adjoint is one rotation's component (its two

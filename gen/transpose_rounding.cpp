@@ -1,0 +1,243 @@
+#include "transpose_rounding.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tqfgen {
+
+namespace {
+
+// A component of a rotation: two products by the cosine and the sine of one
+// angle, summed.
+bool rotation_node(const Graph& g, const Node& n) {
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    const Node& a = g.node(n.a);
+    const Node& b = g.node(n.b);
+    if (a.op != Op::Mul || b.op != Op::Mul) return false;
+    const long double c = g.exact_value(a.b), s = g.exact_value(b.b);
+    return std::fabs(c * c + s * s - 1) < 1e-15L;
+}
+
+// Whether the sum tree of a node (its additions and subtractions, a few
+// levels down) holds a rotation's component.
+bool holds_rotation(const Graph& g, int id, int levels = 6) {
+    const Node& n = g.node(id);
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    if (rotation_node(g, n)) return true;
+    return levels > 0 && (holds_rotation(g, n.a, levels - 1) || holds_rotation(g, n.b, levels - 1));
+}
+
+// The constants of a sum of products, through its sums; false if a term is
+// not a product by a constant.
+bool row_constants(const Graph& g, int id, std::vector<long double>& c) {
+    const Node& n = g.node(id);
+    if (n.op == Op::Mul) {
+        if (g.node(n.b).op != Op::Const) return false;
+        c.push_back(std::fabs(g.exact_value(n.b)));
+        return true;
+    }
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    return row_constants(g, n.a, c) && row_constants(g, n.b, c);
+}
+
+// A sine row of a direct p-point block: (p - 1) / 2 products by sines of
+// multiples of 2 pi / p, summed.
+bool direct_sine_row(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    std::vector<long double> c;
+    if ((n.op != Op::Add && n.op != Op::Sub) || !row_constants(g, id, c)) return false;
+    const int p = 2 * static_cast<int>(c.size()) + 1;
+    const long double pi = 3.14159265358979323846264338327950288L;
+    for (long double v : c) {
+        bool sine = false;
+        for (int k = 1; k < p && !sine; ++k) sine = std::fabs(v - std::fabs(std::sin(2 * pi * k / p))) < 1e-15L;
+        if (!sine) return false;
+    }
+    return true;
+}
+
+// Whether a node's sum tree holds no product: a sum of kept values.
+bool product_free(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    if (n.op == Op::Mul) return false;
+    if (n.op == Op::Add || n.op == Op::Sub) return product_free(g, n.a) && product_free(g, n.b);
+    return true;
+}
+
+// A row x + c y of a block: a sum of kept values and one product by a
+// constant, one double combination in the forward program (the x - 0.5 y of
+// a 3-point stage). The eighth-turn's product by sqrt(1/2) is a kept value
+// of its own, not part of a row.
+bool kept_value_row(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    const auto row_product = [&](int p) {
+        const Node& m = g.node(p);
+        return m.op == Op::Mul && g.node(m.b).op == Op::Const &&
+               std::fabs(std::fabs(g.exact_value(m.b)) - std::sqrt(0.5L)) > 1e-15L;
+    };
+    return (row_product(n.a) && product_free(g, n.b)) || (row_product(n.b) && product_free(g, n.a));
+}
+
+// A product by a constant, or a row x + c y: a kept value of a block's stage.
+bool product_or_row(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    return (n.op == Op::Mul && g.node(n.b).op == Op::Const) || kept_value_row(g, id);
+}
+
+// A 2-point step on two kept values of one kind: two products (the sines of
+// 3-point stages) or two rows x + c y.
+bool step_on_kept_pair(const Graph& g, int id) {
+    const Node& n = g.node(id);
+    return (n.op == Op::Add || n.op == Op::Sub) && product_or_row(g, n.a) && product_or_row(g, n.b);
+}
+
+// Whether every user of a node is a 2-point step of it with a product by a
+// constant (and it has one).
+bool stepped_with_products(const Graph& g, int id) {
+    bool stepped = false;
+    for (int i = id + 1; i < g.size(); ++i) {
+        const Node& m = g.node(i);
+        if (m.a != id && (m.op == Op::Mul || m.b != id)) continue;
+        if (m.op != Op::Add && m.op != Op::Sub) return false;
+        if (g.node(m.a == id ? m.b : m.a).op != Op::Mul) return false;
+        stepped = true;
+    }
+    return stepped;
+}
+
+// A value rounded from the sum or difference of two products by constants
+// (a component of a rotation or of a Rader kernel's product), still in
+// double; invalid for any other value.
+Handle unrounded_products(SplitAlg& a, const Handle& t) {
+    const Handle u = a.unrounded(t);
+    if (!u.valid()) return u;
+    const Graph& g = a.graph();
+    const Node& s = g.node(u.id);
+    const bool products = (s.op == Op::Add || s.op == Op::Sub) && g.node(s.a).op == Op::Mul && g.node(s.b).op == Op::Mul;
+    return products ? u : Handle{};
+}
+
+// Two outputs of a Rader kernel's products (SplitAlg::kernel_outputs), one
+// the lone product of its real bin m.
+bool kernel_step_with_bin_m(SplitAlg& a, const std::vector<Handle>& terms) {
+    int lone = 0;
+    for (const Handle& t : terms) {
+        const Handle u = t.valid() ? a.unrounded(t) : Handle{};
+        if (!u.valid() || a.kernel_outputs.count(u.id) == 0) return false;
+        lone += a.graph().node(u.id).op == Op::Mul;
+    }
+    return lone == 1;
+}
+
+}  // namespace
+
+AdjointRounding::AdjointRounding(const Graph& source, SplitAlg& target, bool doubled_harmonics)
+    : source_(source), target_(target), doubled_harmonics_(doubled_harmonics) {
+    if (doubled_harmonics_ && target_.widening())
+        for (int i = 0; i < source_.size(); ++i)
+            if (source_.node(i).op == Op::Add || source_.node(i).op == Op::Sub) {
+                sum_users_[source_.node(i).a].push_back(i);
+                sum_users_[source_.node(i).b].push_back(i);
+            }
+}
+
+// The sine rows of the untwiddled block of a Cooley-Tukey stage: a
+// direct block's sine row that some sum adds to rotation outputs (the
+// next stage's block takes it as its untwiddled input, the others as
+// twiddled ones). In an inverse program (doubled harmonics) with
+// widening, the adjoint of such a row, when it sums three or more kept
+// values, is summed in double and rounded once: the inverse 25, 49 and
+// 50 are counted so (the imaginary part of bin 0 of each complex block
+// on the spectrum side). Hartley's form B, this graph on undoubled
+// harmonics, and the Good-Thomas stages (35) sum it in single.
+bool AdjointRounding::untwiddled_sine_row(int id) {
+    if (!direct_sine_row(source_, id)) return false;
+    for (int u : sum_users_[id]) {
+        const Node& m = source_.node(u);
+        if (holds_rotation(source_, m.a == id ? m.b : m.a)) return true;
+    }
+    return false;
+}
+
+AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& terms) {
+    const auto kept_single = [&](const Handle& t) { return t.valid() && target_.graph().node(t.id).ty == Ty::F32; };
+    const bool in_double = doubled_harmonics_ && target_.widening() && terms.size() > 2 &&
+                           std::all_of(terms.begin(), terms.end(), kept_single) && untwiddled_sine_row(id);
+    // The transpose of a Rader bin formed in double (bin_in_double in
+    // cdft/rader_real.cpp): the adjoint of a row x + c y whose
+    // contributions are all combinations of products (the kernel's
+    // outputs) sums them from the unrounded combinations, in double, and
+    // is rounded once, as the forward forms the bin from the unrounded
+    // rows. Inverse 19, its blocks in 38 and 57, and 37.
+    if (doubled_harmonics_ && target_.widening() && !in_double && terms.size() >= 2 && kept_value_row(source_, id) &&
+        std::all_of(terms.begin(), terms.end(), [&](const Handle& t) { return unrounded_products(target_, t).valid(); }))
+        for (Handle& t : terms) t = unrounded_products(target_, t);
+    // A value that a 2-point step formed from two kept values of one kind
+    // and that three or four users take (here always the first input of
+    // a 5- or 7-point direct block: its DC sum and cosine rows): a
+    // contribution to its adjoint still formed by products (a folded
+    // bin, a kernel's output) joins the sum unrounded, in double. Inverse
+    // and Hartley 31, inverse 59, most of the gap at 47 and 62 in every
+    // real family, and with the rule after this one all of it at 59. An
+    // 11-point block's first input (six users) sums them rounded: in
+    // double they overshoot 47 by 17.
+    const bool block_first_input =
+        target_.widening() && !in_double && (terms.size() == 3 || terms.size() == 4) && step_on_kept_pair(source_, id);
+    if (block_first_input)
+        for (Handle& t : terms)
+            if (unrounded_products(target_, t).valid()) t = unrounded_products(target_, t);
+    // A step that the forward program forms in double from rows
+    // (Graph::steps_in_double; a Rader bin's, cdft/rader_real.cpp): its
+    // adjoint sums the kernel's products unrounded and hands the sum on
+    // unrounded, so that the adjoints of the rows sum in double too, as
+    // the forward forms the step from the unrounded rows. Inverse 61.
+    const bool step_in_double = target_.widening() && source_.steps_in_double.count(id) != 0;
+    if (step_in_double)
+        for (Handle& t : terms)
+            if (unrounded_products(target_, t).valid()) t = unrounded_products(target_, t);
+    for (Handle& t : terms)
+        if (t.valid() && handed_unrounded_.count(t.id) != 0) t = target_.unrounded(t);  // always a rounded sum
+    // A row x + c y stepped only with products, each step's adjoint such
+    // a first input summed in double: the steps hand their sums on
+    // unrounded and the row's adjoint joins them in double. Forward and
+    // Hartley 59: the bin-0 row x0 - Y0/28 of the nested 29s in the ways
+    // back, stepped with the kernel's products into the first inputs of
+    // 7-point blocks. A row stepped with another row (the 3-point stages
+    // of 31) sums them rounded.
+    if (target_.widening() && !in_double && terms.size() >= 2 && kept_value_row(source_, id) &&
+        std::all_of(terms.begin(), terms.end(), [&](const Handle& t) {
+            return t.valid() && first_inputs_in_double_.count(t.id) != 0 && target_.unrounded(t).valid();
+        }) &&
+        stepped_with_products(source_, id))
+        for (Handle& t : terms) t = target_.unrounded(t);
+    // A value that sums a Rader kernel's real bin m (even m) and one
+    // component of a complex bin, both straight from the kernel's
+    // products, sums them unrounded, in double: a 2-point step of a way
+    // back on bin m (the cosine 2 G 3 of 53's 13-point blocks on the
+    // complex column, as the forward 53 is counted; 37's cosine
+    // 2 G (3 T 3) takes one such step).
+    if (target_.widening() && !in_double && terms.size() == 2 && kernel_step_with_bin_m(target_, terms))
+        for (Handle& t : terms) t = target_.unrounded(t);
+    // A value the source marked (Graph::adjoints_unrounded): the row and
+    // the rotation's component of a Rader bin that the forward forms in
+    // double from both. Its adjoint sums the kernel's products unrounded.
+    if (target_.widening() && !in_double && terms.size() >= 2 && source_.adjoints_unrounded.count(id) != 0)
+        for (Handle& t : terms)
+            if (t.valid() && target_.unrounded(t).valid()) t = target_.unrounded(t);
+    // A folded Rader kernel's bin m stepped with a complex bin in its way
+    // back (Graph::adjoints_widened): its adjoint is summed in double.
+    const bool widened = target_.widening() && terms.size() >= 2 && source_.adjoints_widened.count(id) != 0;
+    Plan plan;
+    plan.widen_first = in_double || widened;
+    plan.hand_on_unrounded = step_in_double;
+    plan.block_first_input = block_first_input;
+    return plan;
+}
+
+void AdjointRounding::formed(const Plan& plan, Handle z) {
+    if (plan.hand_on_unrounded && target_.unrounded(z).valid()) handed_unrounded_.insert(z.id);
+    if (plan.block_first_input) first_inputs_in_double_.insert(z.id);
+}
+
+}  // namespace tqfgen
