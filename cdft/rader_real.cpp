@@ -360,14 +360,14 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
         const Handle re_i = a.mul_r(Y[k].re, kk.imag());
         Z[k] = a.settle({re, a.add_r(re_i, im_r)});
         for (const Handle& part : {Z[k].re, Z[k].im})
-            if (a.unrounded(part).valid()) a.kernel_outputs.insert(a.unrounded(part).id);
+            if (a.unrounded(part).valid()) a.graph().kernel_outputs.insert(a.unrounded(part).id);
     }
     const long double zm = m % 2 == 0 ? K.bin[m].real() : form.negated_sine ? -K.bin[m].imag() : K.bin[m].imag();
     Z[m] = Cx{a.settle_r(a.mul_r(Y[m].re, zm)), Handle{}};
     // Bin m of even m goes into the cosine way back, where a 2-point step may
     // meet it with a complex bin (gen/transpose.h); the sine of odd m sums it
     // rounded.
-    if (m % 2 == 0 && a.unrounded(Z[m].re).valid()) a.kernel_outputs.insert(a.unrounded(Z[m].re).id);
+    if (m % 2 == 0 && a.unrounded(Z[m].re).valid()) a.graph().kernel_outputs.insert(a.unrounded(Z[m].re).id);
 
     std::vector<Cx> even;
     for (int q = 0; q <= m; q += 2) even.push_back(Z[q]);

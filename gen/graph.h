@@ -115,6 +115,12 @@ public:
     std::set<int> adjoints_unrounded;
     std::set<int> adjoints_widened;
 
+    // The outputs of a Rader kernel's products, still in double: the
+    // components of its complex bins and, at even m, the lone product of its
+    // real bin m (cdft/rader_real.h). A transpose into this graph sums a step
+    // of bin m with a complex bin from them (gen/transpose_rounding.h).
+    std::set<int> kernel_outputs;
+
 private:
     int intern(Node n);
     int split_gather(const Node& n);

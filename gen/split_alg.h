@@ -139,12 +139,6 @@ public:
     // reassociates those sums.
     bool shallow_sums = false;
 
-    // The outputs of a Rader kernel's products, still in double (by node):
-    // the components of its complex bins and, at even m, the lone product
-    // of its real bin m (cdft/rader_real.h). A transpose into this algebra
-    // sums a step of bin m with a complex bin from them (gen/transpose.h).
-    std::set<int> kernel_outputs;
-
 private:
     H widened(H x) { return widen_ && g_.node(x.id).ty == Ty::F32 ? g_.widen(x) : x; }
     H twice(H h, int levels);

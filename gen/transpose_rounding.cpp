@@ -118,13 +118,13 @@ Handle unrounded_products(SplitAlg& a, const Handle& t) {
     return products ? u : Handle{};
 }
 
-// Two outputs of a Rader kernel's products (SplitAlg::kernel_outputs), one
+// Two outputs of a Rader kernel's products (Graph::kernel_outputs), one
 // the lone product of its real bin m.
 bool kernel_step_with_bin_m(SplitAlg& a, const std::vector<Handle>& terms) {
     int lone = 0;
     for (const Handle& t : terms) {
         const Handle u = t.valid() ? a.unrounded(t) : Handle{};
-        if (!u.valid() || a.kernel_outputs.count(u.id) == 0) return false;
+        if (!u.valid() || a.graph().kernel_outputs.count(u.id) == 0) return false;
         lone += a.graph().node(u.id).op == Op::Mul;
     }
     return lone == 1;
