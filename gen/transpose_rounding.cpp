@@ -92,6 +92,25 @@ bool step_on_kept_pair(const Graph& g, int id) {
     return (n.op == Op::Add || n.op == Op::Sub) && product_or_row(g, n.a) && product_or_row(g, n.b);
 }
 
+// A row x + c y whose x is a 2-point step on two kept values of one kind,
+// two products or two rows x + c y, each with several users (`users`: how
+// many operations take each node): a stage of rows over the outputs of a
+// stage that formed rows and products (the Rader inner's 3-point stage in
+// the complex column of 39, over the outputs of 39's 3-point stage). A sine
+// row's two one-user products are not kept values.
+bool row_on_kept_step(const Graph& g, const std::vector<int>& users, int id) {
+    const Node& n = g.node(id);
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    const auto by_constant = [&](int p) { return g.node(p).op == Op::Mul && g.node(g.node(p).b).op == Op::Const; };
+    const auto kept = [&](int v) { return users[v] >= 2; };
+    const auto step_of_one_kind = [&](int s) {
+        const Node& m = g.node(s);
+        return (m.op == Op::Add || m.op == Op::Sub) && kept(m.a) && kept(m.b) &&
+               ((by_constant(m.a) && by_constant(m.b)) || (kept_value_row(g, m.a) && kept_value_row(g, m.b)));
+    };
+    return (by_constant(n.a) && step_of_one_kind(n.b)) || (by_constant(n.b) && step_of_one_kind(n.a));
+}
+
 // Whether every user of a node is a 2-point step of it with a product by a
 // constant (and it has one).
 bool stepped_with_products(const Graph& g, int id) {
@@ -133,7 +152,12 @@ bool kernel_step_with_bin_m(SplitAlg& a, const std::vector<Handle>& terms) {
 }  // namespace
 
 AdjointRounding::AdjointRounding(const Graph& source, SplitAlg& target, bool doubled_harmonics)
-    : source_(source), target_(target), doubled_harmonics_(doubled_harmonics) {
+    : source_(source), target_(target), doubled_harmonics_(doubled_harmonics), users_(source.size(), 0) {
+    for (int i = 0; i < source_.size(); ++i) {
+        const Node& n = source_.node(i);
+        if (n.op == Op::Add || n.op == Op::Sub || n.op == Op::Mul) ++users_[n.a];
+        if (n.op == Op::Add || n.op == Op::Sub) ++users_[n.b];
+    }
     if (doubled_harmonics_ && target_.widening())
         for (int i = 0; i < source_.size(); ++i)
             if (source_.node(i).op == Op::Add || source_.node(i).op == Op::Sub) {
@@ -171,6 +195,15 @@ AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& term
     // is rounded once, as the forward forms the bin from the unrounded
     // rows. Inverse 19, its blocks in 38 and 57, and 37.
     if (doubled_harmonics_ && target_.widening() && !in_double && terms.size() >= 2 && kept_value_row(source_, id) &&
+        std::all_of(terms.begin(), terms.end(), [&](const Handle& t) { return unrounded_products(target_, t).valid(); }))
+        for (Handle& t : terms) t = unrounded_products(target_, t);
+    // The same where the row's x is a step on two kept values of one kind
+    // (row_on_kept_step): the forward keeps that step as it keeps a sum of
+    // loads, so the row is one double combination as well. Inverse 39, whose
+    // complex column runs a 4 G 3 inner over the 3-point stage's outputs
+    // (rdft/inverse.cpp; at 52 the same rows sum loads, as above).
+    if (doubled_harmonics_ && target_.widening() && !in_double && terms.size() >= 2 &&
+        row_on_kept_step(source_, users_, id) &&
         std::all_of(terms.begin(), terms.end(), [&](const Handle& t) { return unrounded_products(target_, t).valid(); }))
         for (Handle& t : terms) t = unrounded_products(target_, t);
     // A value that a 2-point step formed from two kept values of one kind

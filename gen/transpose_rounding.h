@@ -44,6 +44,7 @@ private:
     SplitAlg& target_;
     const bool doubled_harmonics_;
     std::map<int, std::vector<int>> sum_users_;
+    std::vector<int> users_;  // how many operations take each source node
     std::set<int> handed_unrounded_;  // target ids of the adjoints of steps in double
     // The adjoints of the first inputs of 5- and 7-point blocks: where
     // products joined them unrounded, still in double before rounding.

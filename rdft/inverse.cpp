@@ -21,9 +21,15 @@ namespace {
 // cosine and sine transforms are the inverse's first stage. A Rader block
 // of a factor tree is the inverse's own program of that prime (see
 // own_rader_blocks) unless the tree names its form. 39 and 52, whose first
-// stage has a complex column of 13 points, run the inverse's 13 on their
-// real columns and, on the complex one, 13 with an inner 3 G 4 and its
-// bins' single products folded: the tabled costs of those two lengths.
+// stage has a complex column of 13 points, run 13 with an inner 4 G 3 on
+// every column: on the real ones with the cosine 2 T 3 and the sine by
+// halves 3 T 2, on the complex one with the cosine 2 G 3, the sine 3 and
+// its bins' single products folded. The inner's 3-point stage then comes
+// last in the forward, its rows feeding the kernel's products, whose
+// adjoints sum in double (gen/transpose_rounding.cpp): 81 and 92 double
+// additions in single precision, as the two lengths are counted, at the
+// same additions, products and depth as the inverse's own 13 (3 T 4) on
+// the real columns and 3 G 4 on the complex one (76 and 86).
 // 53's inner transform does the same with the family's 13 (its cosine as
 // 2 G 3 on the complex column, folded), then the cosine 13 T 2 and the
 // CRT sine: 840 additions, 450 products besides the 52 doublings,
@@ -62,12 +68,12 @@ const std::map<int, std::string> kDuals = {
     {27, "3 T (3 T 3)"}, {28, "7d G 4"}, {29, "rader"}, {30, "(2 G 5d) G 3"},
     {31, "3 G (2 G 5d) / 3 G 5d / 3 G 5d"}, {32, "4 T (2 T 4)"}, {33, "11r G 3"}, {34, "2 G 17"},
     {35, "7d G 5d"}, {36, "(3 T 3) G 4"}, {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"}, {38, "19 G 2"},
-    {39, "3 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"}, {40, "(2 T 4) G 5d"},
+    {39, "3 G 13[4 G 3 / 2 T 3 / 3 T 2 | 4 G 3 / 2 G 3 / 3]"}, {40, "(2 T 4) G 5d"},
     {41, "rader"}, {42, "(7d G 3) G 2"}, {43, "rader"}, {44, "11r G 4"},
     {45, "(3 T 3) G 5d"}, {46, "2 G 23"},
     {47, "23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11r / 11d / 11d] / 23[2 G 11r / 11d / 11d]"},
     {48, "3 G (2 T (2 T 4))"}, {49, "7d T 7d"}, {50, "2 G (5d T 5d)"}, {51, "17 G 3"},
-    {52, "4 G 13[3 T 4 / 2 G 3 / 3 | 3 G 4 / 2 G 3 / 3]"},
+    {52, "4 G 13[4 G 3 / 2 T 3 / 3 T 2 | 4 G 3 / 2 G 3 / 3]"},
     {53, "(2 T 2) G 13[3 G 4 / 3 G 2 / 3 T 2 | 3 G 4 / 2 G 3 / 3 T 2] / 13 T 2 / 13"},
     {54, "2 G (3 T (3 T 3))"}, {55, "11r G 5d"}, {56, "7d G (2 T 4)"}, {57, "19 G 3"}, {58, "2 G 29"},
     {59, "rader"}, {60, "(5d G 3) G 4"}, {61, "(3 G 5d) G 4 / (5d G 3) G 2 / (3 G 5d) T 2"}, {62, "2 G 31"},
