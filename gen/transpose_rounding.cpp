@@ -184,10 +184,36 @@ bool AdjointRounding::untwiddled_sine_row(int id) {
     return false;
 }
 
+// The bin-0 row x0 - Y0/(p - 1) of a Rader block (cdft/rader_real.cpp)
+// whose x0 is the difference of the loads 0 and n/2: the block on the odd
+// harmonics behind a 2-point stage that gives x, whose DC is the Nyquist
+// (22 = 2 G 11r, 46 = 2 G 23). Its adjoint sums the block's doubled real
+// parts through the cosine way back. In an inverse program with widening,
+// when it sums three or more kept values, that sum is in double and
+// rounded once: the inverse 22 and 46 are counted so (two and five sums
+// more than twice their prime; 62's 31-point block takes two). The block
+// of the even harmonics, whose DC is bin 0, sums it in single, as the
+// prime alone does; so does Hartley's form B (undoubled), and a block of
+// two kept values (29 in 58, 17 in 34).
+bool AdjointRounding::odd_harmonics_bin0_row(int id) const {
+    if (!kept_value_row(source_, id)) return false;
+    const Node& n = source_.node(id);
+    const bool product_a = source_.node(n.a).op == Op::Mul;
+    const Node& y = source_.node(product_a ? n.a : n.b);
+    const long double k = 1 / std::fabs(source_.exact_value(y.b));  // p - 1
+    if (std::fabs(k - std::round(k)) > 1e-9L || std::lround(k) % 2 != 0) return false;
+    const Node& x0 = source_.node(product_a ? n.b : n.a);
+    if (x0.op != Op::Sub) return false;
+    const Node& l = source_.node(x0.a);
+    const Node& r = source_.node(x0.b);
+    return l.op == Op::LoadScalar && r.op == Op::LoadScalar && (l.index[0] == 0 || r.index[0] == 0);
+}
+
 AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& terms) {
     const auto kept_single = [&](const Handle& t) { return t.valid() && target_.graph().node(t.id).ty == Ty::F32; };
     const bool in_double = doubled_harmonics_ && target_.widening() && terms.size() > 2 &&
-                           std::all_of(terms.begin(), terms.end(), kept_single) && untwiddled_sine_row(id);
+                           std::all_of(terms.begin(), terms.end(), kept_single) &&
+                           (untwiddled_sine_row(id) || odd_harmonics_bin0_row(id));
     // The transpose of a Rader bin formed in double (bin_in_double in
     // cdft/rader_real.cpp): the adjoint of a row x + c y whose
     // contributions are all combinations of products (the kernel's

@@ -39,6 +39,7 @@ public:
 
 private:
     bool untwiddled_sine_row(int id);
+    bool odd_harmonics_bin0_row(int id) const;
 
     const Graph& source_;
     SplitAlg& target_;
