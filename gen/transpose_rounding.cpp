@@ -219,17 +219,14 @@ AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& term
     // contributions are all combinations of products (the kernel's
     // outputs) sums them from the unrounded combinations, in double, and
     // is rounded once, as the forward forms the bin from the unrounded
-    // rows. Inverse 19, its blocks in 38 and 57, and 37.
-    if (doubled_harmonics_ && target_.widening() && !in_double && terms.size() >= 2 && kept_value_row(source_, id) &&
-        std::all_of(terms.begin(), terms.end(), [&](const Handle& t) { return unrounded_products(target_, t).valid(); }))
-        for (Handle& t : terms) t = unrounded_products(target_, t);
-    // The same where the row's x is a step on two kept values of one kind
-    // (row_on_kept_step): the forward keeps that step as it keeps a sum of
-    // loads, so the row is one double combination as well. Inverse 39, whose
-    // complex column runs a 4 G 3 inner over the 3-point stage's outputs
-    // (rdft/inverse.cpp; at 52 the same rows sum loads, as above).
+    // rows. Inverse 19, its blocks in 38 and 57, and 37. The same where the
+    // row's x is a step on two kept values of one kind (row_on_kept_step):
+    // the forward keeps that step as it keeps a sum of loads, so the row is
+    // one double combination as well. Inverse 39, whose complex column runs
+    // a 4 G 3 inner over the 3-point stage's outputs (rdft/inverse.cpp; at
+    // 52 the same rows sum loads).
     if (doubled_harmonics_ && target_.widening() && !in_double && terms.size() >= 2 &&
-        row_on_kept_step(source_, users_, id) &&
+        (kept_value_row(source_, id) || row_on_kept_step(source_, users_, id)) &&
         std::all_of(terms.begin(), terms.end(), [&](const Handle& t) { return unrounded_products(target_, t).valid(); }))
         for (Handle& t : terms) t = unrounded_products(target_, t);
     // A value that a 2-point step formed from two kept values of one kind
