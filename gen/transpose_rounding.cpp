@@ -79,11 +79,14 @@ bool kept_value_row(const Graph& g, int id) {
     return (row_product(n.a) && product_free(g, n.b)) || (row_product(n.b) && product_free(g, n.a));
 }
 
-// A product by a constant, or a row x + c y: a kept value of a block's stage.
-bool product_or_row(const Graph& g, int id) {
+// A product by a constant.
+bool constant_product(const Graph& g, int id) {
     const Node& n = g.node(id);
-    return (n.op == Op::Mul && g.node(n.b).op == Op::Const) || kept_value_row(g, id);
+    return n.op == Op::Mul && g.node(n.b).op == Op::Const;
 }
+
+// A product by a constant, or a row x + c y: a kept value of a block's stage.
+bool product_or_row(const Graph& g, int id) { return constant_product(g, id) || kept_value_row(g, id); }
 
 // A 2-point step on two kept values of one kind: two products (the sines of
 // 3-point stages) or two rows x + c y.
@@ -101,14 +104,14 @@ bool step_on_kept_pair(const Graph& g, int id) {
 bool row_on_kept_step(const Graph& g, const std::vector<int>& users, int id) {
     const Node& n = g.node(id);
     if (n.op != Op::Add && n.op != Op::Sub) return false;
-    const auto by_constant = [&](int p) { return g.node(p).op == Op::Mul && g.node(g.node(p).b).op == Op::Const; };
     const auto kept = [&](int v) { return users[v] >= 2; };
     const auto step_of_one_kind = [&](int s) {
         const Node& m = g.node(s);
         return (m.op == Op::Add || m.op == Op::Sub) && kept(m.a) && kept(m.b) &&
-               ((by_constant(m.a) && by_constant(m.b)) || (kept_value_row(g, m.a) && kept_value_row(g, m.b)));
+               ((constant_product(g, m.a) && constant_product(g, m.b)) ||
+                (kept_value_row(g, m.a) && kept_value_row(g, m.b)));
     };
-    return (by_constant(n.a) && step_of_one_kind(n.b)) || (by_constant(n.b) && step_of_one_kind(n.a));
+    return (constant_product(g, n.a) && step_of_one_kind(n.b)) || (constant_product(g, n.b) && step_of_one_kind(n.a));
 }
 
 // Whether every user of a node is a 2-point step of it with a product by a
