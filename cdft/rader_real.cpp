@@ -21,10 +21,10 @@ using tqfgen::Root;
 
 RaderForm parse_rader_form(const std::string& text) {
     std::vector<std::string> parts(1);
-    // Optional "g<root>:" (the primitive root), "tan:" and "shallow-sine:"
-    // ahead of the trees.
+    // Optional "g<root>:" (the primitive root), "tan:", "shallow-sine:" and
+    // "sine-kept-at-80:" ahead of the trees.
     int root = 0;
-    bool tangent_150 = false, shallow_sine = false;
+    bool tangent_150 = false, shallow_sine = false, sine_kept_at_80 = false;
     size_t from = text.find_first_not_of(' ');
     while (from != std::string::npos && std::isalpha(static_cast<unsigned char>(text[from]))) {
         const size_t colon = text.find(':', from);
@@ -32,6 +32,7 @@ RaderForm parse_rader_form(const std::string& text) {
         const std::string word = text.substr(from, colon - from);
         if (word == "tan") tangent_150 = true;
         else if (word == "shallow-sine") shallow_sine = true;
+        else if (word == "sine-kept-at-80") sine_kept_at_80 = true;
         else if (word[0] == 'g') root = std::stoi(word.substr(1));
         else throw std::runtime_error("Rader form: unknown option " + word + ": " + text);
         from = text.find_first_not_of(' ', colon + 1);
@@ -50,6 +51,7 @@ RaderForm parse_rader_form(const std::string& text) {
     form.root = root;
     form.tangent_150 = tangent_150;
     form.shallow_sine = shallow_sine;
+    form.sine_kept_at_80 = sine_kept_at_80;
     return form;
 }
 
@@ -331,6 +333,9 @@ Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<Handle>& x, co
     const int N = p - 1, m = N / 2;
     if (form.inner->size != N || form.cosine->size != m) throw std::logic_error("Rader form of the wrong length");
     const RaderKernel K(p, fwd, form.root);
+    // Read by the transposes into this graph (the ways back below) and from
+    // it (an inverse's transpose of this program).
+    if (form.sine_kept_at_80) a.graph().sines_kept_at_80 = true;
     // Elements in the order of the powers of g: a real sequence per lane.
     std::vector<Cx> y(N);
     for (int n = 0; n < N; ++n) y[n] = Cx{x[K.pow_g[n]], Handle{}};

@@ -66,10 +66,18 @@ struct RaderForm {
     // imaginary parts, those the graph holds negated among them, as early as
     // this order makes them.
     bool shallow_sine = false;
+    // "sine-kept-at-80:": in the transposes this program goes through (its
+    // ways back, and an inverse's transpose of it), a 3-point stage's sine
+    // ahead of a twiddle by 80 degrees (2/9 of a turn) keeps its product
+    // instead of going into the twiddle's two (Graph::sines_kept_at_80):
+    // one product more for each such twiddle, the additions, the depth and
+    // the values' rounding unchanged.
+    bool sine_kept_at_80 = false;
 };
 
 // "inner / cosine / sine", three factor trees (the sine one may start with
-// "-"), after optional "g<root>:", "tan:" and "shallow-sine:".
+// "-"), after optional "g<root>:", "tan:", "shallow-sine:" and
+// "sine-kept-at-80:".
 RaderForm parse_rader_form(const std::string& text);
 
 Halves rader_halves(tqfgen::SplitAlg& a, int p, const std::vector<tqfgen::Handle>& x, const RaderForm& form);

@@ -121,6 +121,12 @@ public:
     // of bin m with a complex bin from them (gen/transpose_rounding.h).
     std::set<int> kernel_outputs;
 
+    // A transpose from or into this graph does not fold a product into a
+    // twiddle by 80 degrees (2/9 of a turn; the products by its cosine and
+    // sine in either order, so 10 degrees alike): set by a Rader form's "sine-kept-at-80:"
+    // (cdft/rader_real.h), gen/transpose.cpp.
+    bool sines_kept_at_80 = false;
+
 private:
     int intern(Node n);
     int split_gather(const Node& n);

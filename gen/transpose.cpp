@@ -25,6 +25,17 @@ bool rotation_terms(const Graph& g, const std::vector<Handle>& terms) {
     return std::fabs(c[0] * c[0] + c[1] * c[1] - 1) < 1e-15L;
 }
 
+// Whether the two products of rotation_terms are by the cosine and the sine
+// of 80 degrees (2/9 of a turn), in either order and sign.
+bool rotation_by_80(const Graph& g, const std::vector<Handle>& terms) {
+    const long double pi = 3.14159265358979323846264338327950288L;
+    const long double c = std::cos(4 * pi / 9), s = std::sin(4 * pi / 9);
+    const long double u = std::fabs(g.exact_value(g.node(terms[0].id).b));
+    const long double v = std::fabs(g.exact_value(g.node(terms[1].id).b));
+    return (std::fabs(u - c) < 1e-15L && std::fabs(v - s) < 1e-15L) ||
+           (std::fabs(u - s) < 1e-15L && std::fabs(v - c) < 1e-15L);
+}
+
 // The operand of a product as the data value, before any widening.
 Handle product_operand(const Graph& g, const Handle& t) {
     const Node& p = g.node(t.id);
@@ -116,8 +127,12 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         }
         // A product whose whole adjoint is one rotation's component: its
         // constant goes into the rotation's two, one product less (the
-        // 3-point stage's sine before a twiddle, seen from the spectrum).
-        if (n.op == Op::Mul && twice.empty() && fold_rotations && rotation_terms(target.graph(), terms)) {
+        // 3-point stage's sine before a twiddle, seen from the spectrum);
+        // not into a twiddle by 80 degrees where the program keeps those
+        // (Graph::sines_kept_at_80).
+        const bool kept_at_80 = (source.sines_kept_at_80 || target.graph().sines_kept_at_80) &&
+                                rotation_terms(target.graph(), terms) && rotation_by_80(target.graph(), terms);
+        if (n.op == Op::Mul && twice.empty() && fold_rotations && rotation_terms(target.graph(), terms) && !kept_at_80) {
             const long double k = source.exact_value(n.b);
             for (const Handle& t : terms)
                 add_part(n.a, target.mul_r(product_operand(target.graph(), t),
