@@ -53,6 +53,14 @@ namespace {
 // 23-point ways back hold the Rader 11s on their own ways back, transposes
 // to the same counts at depth 43; the order of the 2 and 11 factors and of
 // the inner 23 G 2 does not change them.
+// 37 keeps the product of a 3-point sine ahead of a twiddle by 80 degrees
+// ("sine-kept-at-80:", cdft/rader_real.h), as its forward form does, where
+// its transposes fold the others: three of the eight folds (one in each
+// 9-point block of the cosine, on the spectrum, and one in the inner's
+// second twiddled 12-point block), 236 products besides the 36 doublings,
+// at 402 additions and depth 25, as the inverse 37 is counted. Picked to
+// fit: the trees fold two to a block (233, 235 or 237); the one rule that
+// also gives the forward its two products more is this one.
 // 64 names its first stage block by block: block 2 (the inputs 4m + 2,
 // twiddles of order 32) runs (2 T 4) T 2, its 2-point stage last, the other
 // three 4 T 4: the program we keep for 64 (400 additions, 134 products,
@@ -67,7 +75,7 @@ const std::map<int, std::string> kDuals = {
     {22, "2 G 11r"}, {23, "2 G 11d / 11d / 11d"}, {24, "3 G (2 T 4)"}, {25, "5d T 5d"}, {26, "13 G 2"},
     {27, "3 T (3 T 3)"}, {28, "7d G 4"}, {29, "rader"}, {30, "(2 G 5d) G 3"},
     {31, "3 G (2 G 5d) / 3 G 5d / 3 G 5d"}, {32, "4 T (2 T 4)"}, {33, "11r G 3"}, {34, "2 G 17"},
-    {35, "7d G 5d"}, {36, "(3 T 3) G 4"}, {37, "((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"}, {38, "19 G 2"},
+    {35, "7d G 5d"}, {36, "(3 T 3) G 4"}, {37, "sine-kept-at-80: ((2 T 2) G 3) T 3 / 2 G (3 T 3) / 3 T 3"}, {38, "19 G 2"},
     {39, "3 G 13[4 G 3 / 2 T 3 / 3 T 2 | 4 G 3 / 2 G 3 / 3]"}, {40, "(2 T 4) G 5d"},
     {41, "rader"}, {42, "(7d G 3) G 2"}, {43, "rader"}, {44, "11r G 4"},
     {45, "(3 T 3) G 5d"}, {46, "2 G 23"},
