@@ -94,6 +94,12 @@ const std::map<int, std::string> kTrees = {
 // that add sums of the 15-point blocks' rows in double back to those rows
 // (bin_in_double, two steps deep), 265 double additions as counted, where
 // the inners starting with one block (13's 3 G 4, 29's 7d G 4) go one step.
+// 37's cosine way back 2 G (3 T 3) keeps the product of each 9-point
+// block's 3-point sine ahead of its twiddle by 80 degrees, folding the one
+// ahead of 40 degrees ("sine-kept-at-80:", cdft/rader_real.h): 228
+// products, as the kernels are counted (folding both gives 226). The
+// inverse 37 keeps the same sines, and that of its inner's twiddle by 80
+// degrees (rdft/inverse.cpp).
 // 47's sine way back sums shallowest first ("shallow-sine:"): the rows of
 // its 11-point blocks then add their shallow terms before the deep products,
 // and the imaginary parts, nine of them held negated, end a level earlier:
@@ -122,7 +128,7 @@ const std::map<int, std::string> kRaderForms = {
     {23, "2 G 11d / 11r / 11r"},
     {29, "7d G 4 / 7d G 2 / 7d T 2"},
     {31, "(3 G 5d) G 2 / 5d G 3 / 5d G 3"},
-    {37, "(2 T 2) G (3 T 3) / 2 G (3 T 3) / 3 T 3"},
+    {37, "sine-kept-at-80: (2 T 2) G (3 T 3) / 2 G (3 T 3) / 3 T 3"},
     {41, "g35: 5d G (2 T 4) / 5d G 4 / {5d T 2 | 5d} T 2"},
     {43, "(3 G 7d) G 2 / 7d G 3 / 7d G 3"},
     {47, "shallow-sine: 23[2 G 11d / 11d / 11d] G 2 / 23[2 G 11d / 11r / 11r] / 23[2 G 11d / 11r / 11r]"},
