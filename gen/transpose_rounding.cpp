@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace tqfgen {
 
@@ -161,6 +162,7 @@ AdjointRounding::AdjointRounding(const Graph& source, SplitAlg& target, bool dou
         if (n.op == Op::Add || n.op == Op::Sub || n.op == Op::Mul) ++users_[n.a];
         if (n.op == Op::Add || n.op == Op::Sub) ++users_[n.b];
     }
+    mark_odd_harmonics();
     if (doubled_harmonics_ && target_.widening())
         for (int i = 0; i < source_.size(); ++i)
             if (source_.node(i).op == Op::Add || source_.node(i).op == Op::Sub) {
@@ -187,20 +189,48 @@ bool AdjointRounding::untwiddled_sine_row(int id) {
     return false;
 }
 
-// The bin-0 row x0 - Y0/(p - 1) of a Rader block (cdft/rader_real.cpp)
-// whose x0 is the difference of the loads 0 and n/2: the block on the odd
-// harmonics behind a 2-point stage that gives x, whose DC is the Nyquist
-// (22 = 2 G 11r, 46 = 2 G 23). Its adjoint sums the block's doubled real
-// parts through the cosine way back. In an inverse program with widening,
-// when it sums three or more kept values, that sum is in double and
-// rounded once: the inverse 22 and 46 are counted so (two and five sums
-// more than twice their prime; 62's 31-point block takes two). The block
-// of the even harmonics, whose DC is bin 0, sums it in single, as the
-// prime alone does; so does Hartley's form B (undoubled), and a block of
-// two kept values (29 in 58, 17 in 34).
-bool AdjointRounding::odd_harmonics_bin0_row(int id) const {
-    if (!kept_value_row(source_, id)) return false;
+// The nodes of a block on the odd harmonics behind a first 2-point stage:
+// formed from the differences of the loads j and j + n/2 alone.
+void AdjointRounding::mark_odd_harmonics() {
+    odd_harmonics_.assign(source_.size(), false);
+    int loads = 0;
+    for (int i = 0; i < source_.size(); ++i)
+        if (source_.node(i).op == Op::LoadScalar) loads = std::max(loads, source_.node(i).index[0] + 1);
+    for (int i = 0; i < source_.size(); ++i) {
+        const Node& n = source_.node(i);
+        if (n.op == Op::Mul) odd_harmonics_[i] = odd_harmonics_[n.a];
+        if (n.op != Op::Add && n.op != Op::Sub) continue;
+        const Node& a = source_.node(n.a);
+        const Node& b = source_.node(n.b);
+        if (a.op == Op::LoadScalar && b.op == Op::LoadScalar)
+            odd_harmonics_[i] = n.op == Op::Sub && 2 * std::abs(a.index[0] - b.index[0]) == loads;
+        else
+            odd_harmonics_[i] = odd_harmonics_[n.a] && odd_harmonics_[n.b];
+    }
+}
+
+// The first inputs of the direct blocks of the Rader block on the odd
+// harmonics behind a 2-point stage that gives x (22 = 2 G 11r, 46 = 2 G 23,
+// 62 = 2 G 31): the blocks that the kernel's bins enter first
+// in its ways back. Each one's adjoint sums the block's doubled parts (its
+// DC output and its cosine rows). In an inverse program with widening, when
+// it sums three or more kept values, that sum is in double and rounded
+// once, for the block of bin 0 (its row x0 - Y0/(p - 1), whose x0 is the
+// difference of the loads 0 and n/2) and for those of the complex bins (a
+// component of the kernel's product, two products summed); the block of
+// the real bin (p - 1)/2, a lone product, sums in single. Picked to fit:
+// the inverse 22, 46 and 62 are counted so (2, 5 and 10 sums more than the
+// rule for kept values gives). The even harmonics' block,
+// whose DC is bin 0, sums them in single, as the prime alone does; so do
+// Hartley's form B (undoubled) and a block of two kept values.
+bool AdjointRounding::odd_harmonics_block_first_input(int id) const {
+    if (!odd_harmonics_[id]) return false;
     const Node& n = source_.node(id);
+    if (n.op != Op::Add && n.op != Op::Sub) return false;
+    // A complex bin's component: two products of its own (a 3-point stage's
+    // two sines on the loads' side share theirs with the other component).
+    if (constant_product(source_, n.a) && constant_product(source_, n.b)) return users_[n.a] == 1 && users_[n.b] == 1;
+    if (!kept_value_row(source_, id)) return false;
     const bool product_a = source_.node(n.a).op == Op::Mul;
     const Node& y = source_.node(product_a ? n.a : n.b);
     const long double k = 1 / std::fabs(source_.exact_value(y.b));  // p - 1
@@ -216,7 +246,7 @@ AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& term
     const auto kept_single = [&](const Handle& t) { return t.valid() && target_.graph().node(t.id).ty == Ty::F32; };
     const bool in_double = doubled_harmonics_ && target_.widening() && terms.size() > 2 &&
                            std::all_of(terms.begin(), terms.end(), kept_single) &&
-                           (untwiddled_sine_row(id) || odd_harmonics_bin0_row(id));
+                           (untwiddled_sine_row(id) || odd_harmonics_block_first_input(id));
     // The transpose of a Rader bin formed in double (bin_in_double in
     // cdft/rader_real.cpp): the adjoint of a row x + c y whose
     // contributions are all combinations of products (the kernel's

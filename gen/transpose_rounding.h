@@ -39,13 +39,17 @@ public:
 
 private:
     bool untwiddled_sine_row(int id);
-    bool odd_harmonics_bin0_row(int id) const;
+    void mark_odd_harmonics();
+    bool odd_harmonics_block_first_input(int id) const;
 
     const Graph& source_;
     SplitAlg& target_;
     const bool doubled_harmonics_;
     std::map<int, std::vector<int>> sum_users_;
     std::vector<int> users_;  // how many operations take each source node
+    // The source nodes formed from the differences x[j] - x[j + n/2] alone:
+    // the block on the odd harmonics behind a first 2-point stage.
+    std::vector<bool> odd_harmonics_;
     std::set<int> handed_unrounded_;  // target ids of the adjoints of steps in double
     // The adjoints of the first inputs of 5- and 7-point blocks: where
     // products joined them unrounded, still in double before rounding.
