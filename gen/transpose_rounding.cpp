@@ -211,7 +211,7 @@ void AdjointRounding::mark_odd_harmonics() {
 
 // The first inputs of the direct blocks of the Rader block on the odd
 // harmonics behind a 2-point stage that gives x (22 = 2 G 11r, 46 = 2 G 23,
-// 62 = 2 G 31): the blocks that the kernel's bins enter first
+// 58 = 2 G 29, 62 = 2 G 31): the blocks that the kernel's bins enter first
 // in its ways back. Each one's adjoint sums the block's doubled parts (its
 // DC output and its cosine rows). In an inverse program with widening, when
 // it sums three or more kept values, that sum is in double and rounded
@@ -219,8 +219,9 @@ void AdjointRounding::mark_odd_harmonics() {
 // difference of the loads 0 and n/2) and for those of the complex bins (a
 // component of the kernel's product, two products summed); the block of
 // the real bin (p - 1)/2, a lone product, sums in single. Picked to fit:
-// the inverse 22, 46 and 62 are counted so (2, 5 and 10 sums more than the
-// rule for kept values gives). The even harmonics' block,
+// the inverse 22, 46, 58 and 62 are counted so (2, 5, 9 and 10 sums more
+// than the rule for kept values gives; 58 runs its cosine way back with
+// the 7-point blocks first, rdft/inverse.cpp). The even harmonics' block,
 // whose DC is bin 0, sums them in single, as the prime alone does; so do
 // Hartley's form B (undoubled) and a block of two kept values.
 bool AdjointRounding::odd_harmonics_block_first_input(int id) const {

@@ -53,6 +53,13 @@ namespace {
 // 23-point ways back hold the Rader 11s on their own ways back, transposes
 // to the same counts at depth 43; the order of the 2 and 11 factors and of
 // the inner 23 G 2 does not change them.
+// 58 runs its two 29-point blocks with the cosine way back 2 G 7d, the
+// 7-point blocks on the kernel's bins and the 2-point steps on the
+// spectrum, where 29 alone keeps 7d G 2: same additions, products and
+// depth; on the odd harmonics the block of bin 0 then sums its doubled
+// real parts in double, as the other blocks of that Rader block do
+// (gen/transpose_rounding.cpp): 315 double additions in single precision,
+// as the inverse 58 is counted (7d G 2: 312).
 // 37 keeps the product of a 3-point sine ahead of a twiddle by 80 degrees
 // ("sine-kept-at-80:", cdft/rader_real.h), as its forward form does, where
 // its transposes fold the others: three of the eight folds (one in each
@@ -83,7 +90,7 @@ const std::map<int, std::string> kDuals = {
     {48, "3 G (2 T (2 T 4))"}, {49, "7d T 7d"}, {50, "2 G (5d T 5d)"}, {51, "17 G 3"},
     {52, "4 G 13[4 G 3 / 2 T 3 / 3 T 2 | 4 G 3 / 2 G 3 / 3]"},
     {53, "(2 T 2) G 13[3 G 4 / 3 G 2 / 3 T 2 | 3 G 4 / 2 G 3 / 3 T 2] / 13 T 2 / 13"},
-    {54, "2 G (3 T (3 T 3))"}, {55, "11r G 5d"}, {56, "7d G (2 T 4)"}, {57, "19 G 3"}, {58, "2 G 29"},
+    {54, "2 G (3 T (3 T 3))"}, {55, "11r G 5d"}, {56, "7d G (2 T 4)"}, {57, "19 G 3"}, {58, "2 G 29[7d G 4 / 2 G 7d / 7d T 2]"},
     {59, "rader"}, {60, "(5d G 3) G 4"}, {61, "(3 G 5d) G 4 / (5d G 3) G 2 / (3 G 5d) T 2"}, {62, "2 G 31"},
     {63, "7d G (3 T 3)"}, {64, "{4 T 4 | 4 T 4 | (2 T 4) T 2 | 4 T 4} T 4"},
 };
