@@ -28,15 +28,15 @@ const char* lock_platform();
 // Every locked case of the built library.
 std::vector<LockCase> lock_cases();
 
-// Element i of the fixed input (of the given element size), exact in float.
+// Element i of the fixed input, exact in float.
 double lock_input(size_t i);
 
 // FNV-1a over bytes, continued from `h`.
 uint64_t fnv1a(const void* data, size_t bytes, uint64_t h = 0xcbf29ce484222325ull);
 
 // Digest of one case: its outputs out of place, with src or dst moved off
-// 16-byte alignment by one scalar, and in place (aligned and moved). Empty
-// when a call fails.
+// 16-byte alignment by one scalar, and in place (aligned and moved), each
+// call on its own stretch of the fixed input. Empty when a call fails.
 std::string digest_case(const LockCase& c, std::string* error);
 
 }  // namespace tqftest
