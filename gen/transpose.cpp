@@ -122,6 +122,7 @@ std::vector<Handle> transpose(const Graph& source, const std::vector<Handle>& y,
         // A doubled weight that is all of a product's adjoint: the product
         // takes the factor 2.
         if (n.op == Op::Mul && terms.empty() && twice.size() == 1) {
+            rounding.folded(id);
             add_part(n.a, target.mul_r(twice[0].value, 2.0L * source.exact_value(n.b)));
             continue;
         }

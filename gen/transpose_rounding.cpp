@@ -243,11 +243,52 @@ bool AdjointRounding::odd_harmonics_block_first_input(int id) const {
     return l.op == Op::LoadScalar && r.op == Op::LoadScalar && (l.index[0] == 0 || r.index[0] == 0);
 }
 
+// The difference x[0] - x[n/2] of a first 2-point stage, when it reaches
+// the first input x of a folded 3-point block: a block whose sine
+// sin(60) (u1 - u2) took a doubling's factor 2 (2 sin(60) I_k), reached at
+// its row x - 0.5 (u1 + u2). In an inverse program with widening its
+// adjoint (what the last 2-point step adds to and subtracts from the even
+// harmonics' block) is summed in double and rounded once. Picked to fit:
+// the inverse 30 (two sums: the odd 5-point block of column 0 feeds the
+// folded block on the harmonics 5, 15, 25) and 54 (one, into the odd
+// 27-point block) are counted so, one over Hartley's form B at 54 and two
+// at 30; 12, 20 and 50 (no fold reached) sum it in single.
+bool AdjointRounding::nyquist_difference_into_fold(int id) const {
+    const Node& d = source_.node(id);
+    if (!odd_harmonics_[id] || d.op != Op::Sub || source_.node(d.a).op != Op::LoadScalar ||
+        source_.node(d.b).op != Op::LoadScalar || (source_.node(d.a).index[0] != 0 && source_.node(d.b).index[0] != 0))
+        return false;
+    std::set<std::pair<int, int>> folded_blocks;  // the (u1, u2) of each folded sine
+    for (int f : folds_) {
+        const Node& s = source_.node(source_.node(f).a);
+        if (s.op == Op::Sub && std::fabs(std::fabs(source_.exact_value(source_.node(f).b)) - std::sqrt(0.75L)) < 1e-15L)
+            folded_blocks.insert({std::min(s.a, s.b), std::max(s.a, s.b)});
+    }
+    std::vector<char> reached(source_.size(), 0);
+    reached[id] = 1;
+    for (int i = id + 1; i < source_.size(); ++i) {
+        const Node& m = source_.node(i);
+        const bool sum = m.op == Op::Add || m.op == Op::Sub;
+        if (!(sum || m.op == Op::Mul) || !(reached[m.a] || (sum && reached[m.b]))) continue;
+        reached[i] = 1;
+        // A row x + c (u1 + u2) of a folded block, x reached.
+        for (const auto& [x, y] : {std::pair{m.a, m.b}, std::pair{m.b, m.a}}) {
+            if (!sum || !reached[x] || source_.node(y).op != Op::Mul) continue;
+            const Node& u = source_.node(source_.node(y).a);
+            if (u.op == Op::Add && folded_blocks.count({std::min(u.a, u.b), std::max(u.a, u.b)}) != 0) return true;
+        }
+    }
+    return false;
+}
+
 AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& terms) {
     const auto kept_single = [&](const Handle& t) { return t.valid() && target_.graph().node(t.id).ty == Ty::F32; };
     const bool in_double = doubled_harmonics_ && target_.widening() && terms.size() > 2 &&
                            std::all_of(terms.begin(), terms.end(), kept_single) &&
                            (untwiddled_sine_row(id) || odd_harmonics_block_first_input(id));
+    const bool fold_difference = doubled_harmonics_ && target_.widening() && terms.size() >= 2 &&
+                                 std::all_of(terms.begin(), terms.end(), kept_single) &&
+                                 nyquist_difference_into_fold(id);
     // The transpose of a Rader bin formed in double (bin_in_double in
     // cdft/rader_real.cpp): the adjoint of a row x + c y whose
     // contributions are all combinations of products (the kernel's
@@ -319,7 +360,7 @@ AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& term
     // back (Graph::adjoints_widened): its adjoint is summed in double.
     const bool widened = target_.widening() && terms.size() >= 2 && source_.adjoints_widened.count(id) != 0;
     Plan plan;
-    plan.widen_first = in_double || widened;
+    plan.widen_first = in_double || widened || fold_difference;
     plan.hand_on_unrounded = step_in_double;
     plan.block_first_input = block_first_input;
     return plan;

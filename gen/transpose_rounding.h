@@ -34,6 +34,10 @@ public:
     };
     Plan prepare(int id, std::vector<Handle>& terms);
 
+    // Source product id took the factor 2 of a doubled harmonic (a fold);
+    // told before the adjoints of the product's operands are prepared.
+    void folded(int id) { folds_.insert(id); }
+
     // The sum z that prepare's plan formed.
     void formed(const Plan& plan, Handle z);
 
@@ -41,6 +45,7 @@ private:
     bool untwiddled_sine_row(int id);
     void mark_odd_harmonics();
     bool odd_harmonics_block_first_input(int id) const;
+    bool nyquist_difference_into_fold(int id) const;
 
     const Graph& source_;
     SplitAlg& target_;
@@ -50,6 +55,7 @@ private:
     // The source nodes formed from the differences x[j] - x[j + n/2] alone:
     // the block on the odd harmonics behind a first 2-point stage.
     std::vector<bool> odd_harmonics_;
+    std::set<int> folds_;  // source products that took a doubling's factor 2
     std::set<int> handed_unrounded_;  // target ids of the adjoints of steps in double
     // The adjoints of the first inputs of 5- and 7-point blocks: where
     // products joined them unrounded, still in double before rounding.
