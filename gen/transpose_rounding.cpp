@@ -65,6 +65,16 @@ bool product_free(const Graph& g, int id) {
     return true;
 }
 
+// A difference of two loads, one of them load 0: on the odd harmonics
+// (AdjointRounding's marks) the difference of the DC and the Nyquist.
+bool difference_on_load_0(const Graph& g, int id) {
+    const Node& d = g.node(id);
+    if (d.op != Op::Sub) return false;
+    const Node& l = g.node(d.a);
+    const Node& r = g.node(d.b);
+    return l.op == Op::LoadScalar && r.op == Op::LoadScalar && (l.index[0] == 0 || r.index[0] == 0);
+}
+
 // A row x + c y of a block: a sum of kept values and one product by a
 // constant, one double combination in the forward program (the x - 0.5 y of
 // a 3-point stage). The eighth-turn's product by sqrt(1/2) is a kept value
@@ -236,11 +246,7 @@ bool AdjointRounding::odd_harmonics_block_first_input(int id) const {
     const Node& y = source_.node(product_a ? n.a : n.b);
     const long double k = 1 / std::fabs(source_.exact_value(y.b));  // p - 1
     if (std::fabs(k - std::round(k)) > 1e-9L || std::lround(k) % 2 != 0) return false;
-    const Node& x0 = source_.node(product_a ? n.b : n.a);
-    if (x0.op != Op::Sub) return false;
-    const Node& l = source_.node(x0.a);
-    const Node& r = source_.node(x0.b);
-    return l.op == Op::LoadScalar && r.op == Op::LoadScalar && (l.index[0] == 0 || r.index[0] == 0);
+    return difference_on_load_0(source_, product_a ? n.b : n.a);
 }
 
 // The difference x[0] - x[n/2] of a first 2-point stage, when it reaches
@@ -254,10 +260,7 @@ bool AdjointRounding::odd_harmonics_block_first_input(int id) const {
 // 27-point block) are counted so, one over Hartley's form B at 54 and two
 // at 30; 12, 20 and 50 (no fold reached) sum it in single.
 bool AdjointRounding::nyquist_difference_into_fold(int id) const {
-    const Node& d = source_.node(id);
-    if (!odd_harmonics_[id] || d.op != Op::Sub || source_.node(d.a).op != Op::LoadScalar ||
-        source_.node(d.b).op != Op::LoadScalar || (source_.node(d.a).index[0] != 0 && source_.node(d.b).index[0] != 0))
-        return false;
+    if (!odd_harmonics_[id] || !difference_on_load_0(source_, id)) return false;
     std::set<std::pair<int, int>> folded_blocks;  // the (u1, u2) of each folded sine
     for (int f : folds_) {
         const Node& s = source_.node(source_.node(f).a);
