@@ -1,5 +1,6 @@
 #include "bit_lock.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <iomanip>
@@ -9,13 +10,20 @@
 namespace tqftest {
 
 double lock_input(size_t i) {
-    // 24-bit integers over 2^22, in [-2, 2): exact in float and double alike,
-    // and with every bit of a float's significand in use, so that a sum
-    // rounds in single and not in double; a kernel that moves a sum of kept
-    // values between the two precisions changes its digest.
-    const uint32_t h = static_cast<uint32_t>(i * 2654435761u + 0x9e3779b9u);
-    const long v = static_cast<long>(h >> 8) - (1L << 23);
-    return static_cast<double>(v) / 4194304.0;
+    // A full 24-bit significand (leading and last bit set) times 2^-(0..7),
+    // either sign: exact in float and double alike, but the sum of two such
+    // values rounds in single more often than not, so that a kernel which
+    // moves a sum of kept values between the two precisions changes its
+    // digest. The bits come from a 32-bit integer hash of i.
+    uint32_t x = static_cast<uint32_t>(i) * 0x9e3779b1u + 0x7f4a7c15u;
+    x ^= x >> 16;
+    x *= 0x85ebca6bu;
+    x ^= x >> 13;
+    x *= 0xc2b2ae35u;
+    x ^= x >> 16;
+    const double significand = static_cast<double>((x >> 8) | 0x800001u) / 8388608.0;  // in [1, 2)
+    const double magnitude = std::ldexp(significand, -static_cast<int>((x >> 1) & 7u));
+    return (x & 1u) ? -magnitude : magnitude;
 }
 
 uint64_t fnv1a(const void* data, size_t bytes, uint64_t h) {
