@@ -286,12 +286,11 @@ bool AdjointRounding::nyquist_difference_into_fold(int id) const {
 
 AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& terms) {
     const auto kept_single = [&](const Handle& t) { return t.valid() && target_.graph().node(t.id).ty == Ty::F32; };
-    const bool in_double = doubled_harmonics_ && target_.widening() && terms.size() > 2 &&
+    // The inverse's sums of kept values picked to be in double (above).
+    const bool in_double = doubled_harmonics_ && target_.widening() && terms.size() >= 2 &&
                            std::all_of(terms.begin(), terms.end(), kept_single) &&
-                           (untwiddled_sine_row(id) || odd_harmonics_block_first_input(id));
-    const bool fold_difference = doubled_harmonics_ && target_.widening() && terms.size() >= 2 &&
-                                 std::all_of(terms.begin(), terms.end(), kept_single) &&
-                                 nyquist_difference_into_fold(id);
+                           ((terms.size() > 2 && (untwiddled_sine_row(id) || odd_harmonics_block_first_input(id))) ||
+                            nyquist_difference_into_fold(id));
     // The transpose of a Rader bin formed in double (bin_in_double in
     // cdft/rader_real.cpp): the adjoint of a row x + c y whose
     // contributions are all combinations of products (the kernel's
@@ -363,7 +362,7 @@ AdjointRounding::Plan AdjointRounding::prepare(int id, std::vector<Handle>& term
     // back (Graph::adjoints_widened): its adjoint is summed in double.
     const bool widened = target_.widening() && terms.size() >= 2 && source_.adjoints_widened.count(id) != 0;
     Plan plan;
-    plan.widen_first = in_double || widened || fold_difference;
+    plan.widen_first = in_double || widened;
     plan.hand_on_unrounded = step_in_double;
     plan.block_first_input = block_first_input;
     return plan;
